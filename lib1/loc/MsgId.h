@@ -1,0 +1,23 @@
+#pragma once
+
+namespace loc {
+
+/// The name of a text that a user may see: a short ASCII key such as "plat_bad_argument".
+///
+/// A value of one pointer, passed by value, made from a string literal; it carries no text of its
+/// own. Ids are compared byte by byte. Needs nothing else of this library, so that every header may
+/// name an id.
+class msgid_t {
+public:
+    /// `id` must live as long as the process does, as a literal does; null stands for no id.
+    constexpr msgid_t(const char* id) noexcept
+        : m_id(id) {} // NOLINT(google-explicit-constructor): a literal is an id
+
+    /// The id itself, or null; not owned.
+    [[nodiscard]] constexpr const char* str() const noexcept { return m_id; }
+
+private:
+    const char* m_id;
+};
+
+} // namespace loc
