@@ -10,8 +10,8 @@ namespace loc {
 class msgid_t {
 public:
     /// `id` must live as long as the process does, as a literal does; null stands for no id.
-    constexpr msgid_t(const char* id) noexcept
-        : m_id(id) {} // NOLINT(google-explicit-constructor): a literal is an id
+    // NOLINTNEXTLINE(google-explicit-constructor): a literal is an id
+    constexpr msgid_t(const char* id) noexcept : m_id(id) {}
 
     /// The id itself, or null; not owned.
     [[nodiscard]] constexpr const char* str() const noexcept { return m_id; }
