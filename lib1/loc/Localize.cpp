@@ -1,0 +1,130 @@
+#include "loc/Localize.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "loc/LocaleList.h"
+#include "loc/TransMap.h"
+#include "loc/loc_loc.h"
+#include "plat/Assertion.h"
+#include "plat/DPrintf.h"
+#include "plat/DString.h"
+#include "plat/Utf8.h"
+#include "plat/unix/Mutex.h"
+
+namespace loc {
+
+// The order of these is given: the table is registered before the others are made.
+static const AddLocStrings_loc locStrings;
+static plat::Mutex localizeMutex;
+plat::LogWriter vlog("Localize");
+constinit bool abortOnError = false;
+
+namespace {
+
+/// Reports a text that is missing and gives its id in its place.
+const char* handleError(const char* what, const char* file, msgid_t msgid, int line) {
+    const char* const id = msgid.str() == nullptr ? "" : msgid.str();
+    plat::DPrintf message("%s for \"%s\"", what, id);
+    if (file != nullptr)
+        message.prf(" (%s:%d)", file, line);
+    vlog.error("%s", message.str());
+    if (abortOnError) {
+        std::fprintf(stderr, "%s\nAborting\n", message.str());
+        std::abort();
+    }
+    return id;
+}
+
+} // namespace
+
+Localize::Localize() = default;
+Localize::~Localize() = default;
+
+Localize& Localize::inst() {
+    static Localize instance;
+    return instance;
+}
+
+plat::String Localize::getLocales() const {
+    plat::DString joined;
+    for (const plat::String& locale : locales) {
+        if (&locale != &locales.front())
+            joined.appendChar(':');
+        joined.append(locale.get());
+    }
+    return plat::String(joined.str());
+}
+
+void Localize::setTransMapLocales(const std::vector<plat::String>& newLocales, TransMap* map) {
+    if (map == nullptr)
+        map = TransMap::getThreadInst();
+    std::vector<plat::String> stringLocales;
+    getStringLocales(newLocales, &stringLocales);
+    {
+        const std::lock_guard lock(localizeMutex);
+        map->locales = std::move(stringLocales);
+    }
+    updateTransMap(map);
+}
+
+void Localize::updateTransMap(TransMap* map) {
+    const std::lock_guard lock(localizeMutex);
+    if (map == nullptr)
+        map = TransMap::getThreadInst();
+    map->translations.clear();
+    vlog.debug("Updating %s TransMap with locales:",
+               map == TransMap::getProcessInst() ? "process" : "thread");
+    for (const plat::String& locale : map->locales) {
+        vlog.debug(" %s", locale.str());
+        const auto found = strings.find(locale);
+        if (found == strings.end())
+            continue;
+        for (const auto& [msgid, translation] : found->second)
+            map->translations.emplace(msgid, &translation);
+    }
+}
+
+void Localize::addString(const char* locale, const char* msgid, const char* text,
+                         const char* source) {
+    if (plat::isValidUtf8(text)) {
+        addSanitized(locale, msgid, text, true);
+        return;
+    }
+    vlog.error("Bad UTF-8 in %s from %s for '%s' locale", msgid, source, locale);
+    const std::unique_ptr<char[]> repaired(plat::sanitizeUtf8(text));
+    addSanitized(locale, msgid, repaired.get(), true);
+}
+
+void Localize::addSanitized(const char* locale, const char* msgid, const char* text, bool copy) {
+    auto& ofLocale = strings[plat::String(locale)];
+    ofLocale[plat::StringCopyOpt(msgid, copy)].set(text, copy);
+}
+
+void Localize::addBuiltInString(const char* locale, const char* msgid, const char* str) {
+    using plat::isValidUtf8;
+    LUMO_ASSERT_FATAL_MSG(isValidUtf8(str), "Bad UTF-8 in %s", msgid);
+    addSanitized(locale, msgid, str, false);
+}
+
+const char* localize(msgid_t msgid, const char* file, int line, bool raw) {
+    const std::lock_guard lock(localizeMutex);
+    const Translation* const translation = TransMap::getThreadInst()->get(msgid);
+    if (translation == nullptr)
+        return handleError("Missing translation", file, msgid, line);
+    return translation->get(raw, msgid);
+}
+
+const char* localizePlural(msgid_t msgid, int count, int min, int max, const char* file, int line) {
+    const std::lock_guard lock(localizeMutex);
+    const Translation* const translation =
+        TransMap::getThreadInst()->getPlural(msgid, count, min, max);
+    if (translation == nullptr)
+        return handleError("Missing plural translation", file, msgid, line);
+    return translation->get(true, msgid);
+}
+
+} // namespace loc

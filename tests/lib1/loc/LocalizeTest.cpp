@@ -1,0 +1,241 @@
+#include "loc/Localize.h"
+
+#include <atomic>
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "lib1/loc/LocalesInForce.h"
+#include "lib1/plat/RecordingLogger.h"
+#include "loc/LString.h"
+#include "loc/TransMap.h"
+
+namespace {
+
+using loc::Localize;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Line = RecordingLogger::Line;
+
+RecordingLogger recorder("recorder");
+
+TEST(LocalizeInst, IsOne) {
+    EXPECT_EQ(&Localize::inst(), &Localize::inst());
+}
+
+// Runs first, as the process has no locales yet.
+TEST(Localize, BeforeInitEveryTextIsMissing) {
+    const LogSetting setting("Localize:recorder:0");
+    EXPECT_EQ(Localize::inst().getLocales(), "");
+    EXPECT_STREQ(loc::localize("plat_usage_label", nullptr, 0, false), "plat_usage_label");
+    EXPECT_THAT(recorder.takeTexts(), ElementsAre("Missing translation for \"plat_usage_label\""));
+}
+
+TEST(Localize, MissingTextIsReportedAndItsIdReturned) {
+    const LogSetting setting("Localize:recorder:0");
+    static const char id[] = "own_missing";
+    EXPECT_EQ(loc::localize(id, "some/File.cpp", 12, false), id);
+    EXPECT_EQ(loc::localize(id, nullptr, 12, true), id);
+    EXPECT_EQ(loc::localizePlural(id, 1, 0, 9, "some/File.cpp", 12), id);
+    EXPECT_EQ(loc::localizePlural(id, 1, 0, 9, nullptr, 12), id);
+    EXPECT_THAT(
+        recorder.take(),
+        ElementsAre(
+            Line{0, "Localize", "Missing translation for \"own_missing\" (some/File.cpp:12)"},
+            Line{0, "Localize", "Missing translation for \"own_missing\""},
+            Line{0, "Localize",
+                 "Missing plural translation for \"own_missing\" (some/File.cpp:12)"},
+            Line{0, "Localize", "Missing plural translation for \"own_missing\""}));
+}
+
+TEST(Localize, NullIdIsMissing) {
+    EXPECT_STREQ(loc::localize(nullptr, nullptr, 0, false), "");
+    EXPECT_STREQ(loc::localizePlural(nullptr, 1, 0, 9, nullptr, 0), "");
+}
+
+TEST(LocalizeDeathTest, MissingTextAbortsIfErrorsAreFatal) {
+    EXPECT_EXIT(
+        {
+            loc::abortOnError = true;
+            loc::localize("own_missing", "File.cpp", 7, false);
+        },
+        testing::KilledBySignal(SIGABRT),
+        "^Missing translation for \"own_missing\" \\(File.cpp:7\\)\nAborting\n$");
+    EXPECT_EXIT(
+        {
+            loc::abortOnError = true;
+            loc::localizePlural("own_missing", 1, 0, 9, nullptr, 7);
+        },
+        testing::KilledBySignal(SIGABRT),
+        "^Missing plural translation for \"own_missing\"\nAborting\n$");
+}
+
+TEST(Localize, MacrosNameThePlaceThatAsks) {
+    const LogSetting setting("Localize:recorder:0");
+    LUMO_LOCALIZE("own_missing");
+    LUMO_LOCALIZE_RAW("own_missing");
+    LUMO_LOCALIZE_PLURAL("own_missing", 1, 0, 9);
+    const std::vector<std::string> lines = recorder.takeTexts();
+    ASSERT_EQ(lines.size(), 3U);
+    for (const std::string& line : lines)
+        EXPECT_THAT(line,
+                    testing::ContainsRegex(
+                        "translation for \"own_missing\" \\(.*LocalizeTest\\.cpp:[0-9]+\\)$"));
+}
+
+TEST(Localize, TextsAreTheThreadsOwn) {
+    const LocalesInForce german{"de"};
+    {
+        const LocalesInForce french{"fr"};
+        EXPECT_STREQ(LUMO_LOCALIZE("plat_usage_label"), "Syntaxe :");
+    }
+    EXPECT_STREQ(LUMO_LOCALIZE("plat_usage_label"), "Nutzung:");
+    std::thread([] { EXPECT_STREQ(LUMO_LOCALIZE("plat_usage_label"), "plat_usage_label"); }).join();
+}
+
+TEST(Localize, PluralIsARawFormat) {
+    Localize::inst().addString("p1", "own_mouse_sing", "%D mouse, 100 %%", "a file");
+    Localize::inst().addString("p1", "own_mouse_zeromany", "%D mice, 100 %%", "a file");
+    const LocalesInForce locales{"p1"};
+    EXPECT_STREQ(LUMO_LOCALIZE_PLURAL("own_mouse", 1, 0, 9), "%D mouse, 100 %%");
+    EXPECT_STREQ(loc::LString()
+                     .xprintf(LUMO_LOCALIZE_PLURAL("own_mouse", 3, 0, 9), loc::PrintfArgs(3))
+                     .get(),
+                 "3 mice, 100 %");
+}
+
+TEST(LocalizeDeathTest, OneIdIsNotReadBothWays) {
+    Localize::inst().addString("p2", "own_both", "text", "a file");
+    const LocalesInForce locales{"p2"};
+    LUMO_LOCALIZE("own_both");
+    EXPECT_EXIT(LUMO_LOCALIZE_RAW("own_both"), testing::KilledBySignal(SIGABRT),
+                "Can't use same string as both raw and formatted - own_both");
+}
+
+TEST(Localize, NullMapIsTheCurrentOne) {
+    Localize::inst().addString("p3", "own_current", "text", "a file");
+    const loc::TransMap map;
+    Localize::inst().setTransMapLocales(LocalesInForce::strings({"p3"}), nullptr);
+    EXPECT_NE(map.get("own_current"), nullptr);
+    Localize::inst().addString("p3", "own_later", "text", "a file");
+    EXPECT_EQ(map.get("own_later"), nullptr);
+    Localize::inst().updateTransMap(nullptr);
+    EXPECT_NE(map.get("own_later"), nullptr);
+}
+
+TEST(Localize, MapIsClearedBeforeItIsFilled) {
+    Localize::inst().addString("p4", "own_first", "text", "a file");
+    LocalesInForce locales{"p4"};
+    Localize::inst().setTransMapLocales(LocalesInForce::strings({"p5"}), &locales.map);
+    EXPECT_EQ(locales.map.get("own_first"), nullptr);
+}
+
+TEST(Localize, FillingAMapIsLogged) {
+    const LogSetting setting("Localize:recorder:100");
+    {
+        loc::TransMap map;
+        Localize::inst().updateTransMap(&map);
+    }
+    Localize::inst().updateTransMap(loc::TransMap::getProcessInst());
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(Line{100, "Localize", "Updating thread TransMap with locales:"},
+                            Line{100, "Localize", "Updating process TransMap with locales:"}));
+}
+
+TEST(Localize, LocalesOfAMapAreLoggedInOrder) {
+    loc::TransMap map;
+    const LogSetting setting("Localize:recorder:100");
+    Localize::inst().setTransMapLocales(LocalesInForce::strings({"en_US", "en"}), &map);
+    EXPECT_THAT(recorder.takeTexts(),
+                ElementsAre("Updating thread TransMap with locales:", " en_US", " en"));
+}
+
+TEST(AddString, CopiesIdAndText) {
+    std::string id = "own_copied";
+    std::string text = "copied";
+    Localize::inst().addString("s1", id.c_str(), text.c_str(), "a file");
+    id[0] = text[0] = 'X';
+    const LocalesInForce locales{"s1"};
+    EXPECT_STREQ(LUMO_LOCALIZE("own_copied"), "copied");
+}
+
+TEST(AddString, LaterTextReplacesTheEarlier) {
+    Localize::inst().addString("s2", "own_text", "first", "a file");
+    Localize::inst().addString("s2", "own_text", "second", "another file");
+    const LocalesInForce locales{"s2"};
+    EXPECT_STREQ(LUMO_LOCALIZE("own_text"), "second");
+}
+
+TEST(AddString, ReplacesABuiltInText) {
+    static const char text[] = "built in";
+    Localize::inst().addBuiltInString("s3", "own_text", text);
+    {
+        const LocalesInForce locales{"s3"};
+        EXPECT_EQ(LUMO_LOCALIZE("own_text"), text); // the very text: nothing is copied
+    }
+    Localize::inst().addString("s3", "own_text", "from a file", "a file");
+    const LocalesInForce locales{"s3"};
+    EXPECT_STREQ(LUMO_LOCALIZE("own_text"), "from a file");
+}
+
+TEST(AddString, EmptyTextIsAText) {
+    Localize::inst().addString("s4", "own_empty", "", "a file");
+    const LocalesInForce locales{"s4"};
+    EXPECT_STREQ(LUMO_LOCALIZE("own_empty"), "");
+}
+
+TEST(AddString, BadUtf8IsLoggedAndRepaired) {
+    const LogSetting setting("Localize:recorder:0");
+    Localize::inst().addString("s5", "own_bad", "a\xFFz", "dir/strings.s5.po");
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(Line{0, "Localize",
+                                 "Bad UTF-8 in own_bad from dir/strings.s5.po for 's5' locale"}));
+    const LocalesInForce locales{"s5"};
+    EXPECT_STREQ(LUMO_LOCALIZE("own_bad"), "a\xEF\xBF\xBDz");
+}
+
+TEST(AddBuiltInStringDeathTest, BadUtf8IsFatal) {
+    EXPECT_EXIT(Localize::inst().addBuiltInString("b1", "own_bad", "\xFF"),
+                testing::KilledBySignal(SIGABRT),
+                "Assertion 'isValidUtf8\\(str\\)' failed at .*Localize.cpp.*: "
+                "Bad UTF-8 in own_bad");
+}
+
+// A destination that localises takes the lock again, on the thread that has it.
+TEST(Localize, DestinationMayLocalise) {
+    const LogSetting setting("Localize:recorder:100");
+    std::string text;
+    recorder.onWrite = [&text] {
+        if (text.empty()) {
+            text = "asked";
+            text = LUMO_LOCALIZE("plat_usage_label");
+        }
+    };
+    const LocalesInForce locales{"en"};
+    recorder.onWrite = nullptr;
+    recorder.take();
+    EXPECT_EQ(text, "plat_usage_label"); // the map was being filled
+}
+
+TEST(Localize, ThreadsLookUpWhileOthersFillMaps) {
+    std::atomic<bool> isDone = false;
+    std::thread looking([&isDone] {
+        while (!isDone) {
+            const LocalesInForce french{"fr"};
+            EXPECT_STREQ(LUMO_LOCALIZE("plat_usage_label"), "Syntaxe :");
+        }
+    });
+    for (int i = 0; i < 200; ++i) {
+        const LocalesInForce german{"de"};
+        EXPECT_STREQ(LUMO_LOCALIZE("plat_usage_label"), "Nutzung:");
+    }
+    isDone = true;
+    looking.join();
+}
+
+} // namespace
