@@ -19,7 +19,7 @@ set(CMAKE_INSTALL_RPATH "$ORIGIN")
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 
 # Debian's valgrind cannot read what clang 19 writes by default.
-add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,Clang>:-gdwarf-4>)
+add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fdebug-default-version=4>)
 
 if(LUMO_SANITIZE)
     add_compile_options(-fsanitize=${LUMO_SANITIZE} -fno-omit-frame-pointer)
