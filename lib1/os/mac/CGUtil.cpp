@@ -35,6 +35,17 @@ void requireFound(const plat::DynamicFnBase& fn, const char* name) {
                                         coreGraphicsPath().str());
 }
 
+/// The look-up itself may be kept from its end, by a log destination that throws: it is made anew
+/// the next time, and what was not found is not there now.
+template <typename LookUp>
+bool isFound(LookUp lookUp) noexcept {
+    try {
+        return lookUp().found();
+    } catch (...) {
+        return false;
+    }
+}
+
 CGImageRef createImage(unsigned display, const plat::Rect& r) {
     requireFound(createImageFn(), createImageName);
     return createImageFn()(display, cgRectFromRect(r));
@@ -49,8 +60,8 @@ CFDataRef copyData(CGImage* image) {
 
 CGImagePtr::CGImagePtr(unsigned display, const plat::Rect& r) : image(createImage(display, r)) {}
 
-bool CGImagePtr::canCreateFromDisplay() {
-    return createImageFn().found();
+bool CGImagePtr::canCreateFromDisplay() noexcept {
+    return isFound(createImageFn);
 }
 
 void CGImagePtr::reset() noexcept {
@@ -60,8 +71,8 @@ void CGImagePtr::reset() noexcept {
 
 CGImageData::CGImageData(CGImage* image) : data(copyData(image)) {}
 
-bool CGImageData::isSupported() {
-    return copyDataFn().found();
+bool CGImageData::isSupported() noexcept {
+    return isFound(copyDataFn);
 }
 
 unsigned getScaleFactor(unsigned display) {

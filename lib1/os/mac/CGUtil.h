@@ -19,7 +19,7 @@ public:
     ~CGImagePtr() { reset(); }
 
     /// Whether the system can take pictures at all.
-    static bool canCreateFromDisplay();
+    static bool canCreateFromDisplay() noexcept;
 
     void reset() noexcept;
     CGImageRef get() const noexcept { return image; }
@@ -35,7 +35,7 @@ public:
     explicit CGImageData(CGImage* image);
 
     /// Whether the system can copy pictures at all.
-    static bool isSupported();
+    static bool isSupported() noexcept;
 
     CFDataRef get() const noexcept { return data.get(); }
 

@@ -1,4 +1,5 @@
 // A system without the two functions that are looked up.
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -17,10 +18,13 @@ using os::CGImagePtr;
 using testing::ElementsAre;
 
 std::vector<std::string> probes;
+bool isInterrupted = false;
 
 // Before any lookup: each is made once.
 const bool replaced = [] {
     plat::DynamicFnBase::checkDllFn = [](const char* file, const char* names) {
+        if (isInterrupted)
+            throw std::runtime_error("a log destination failed");
         probes.push_back(std::string(names) + " in " + file);
         return false;
     };
@@ -43,6 +47,10 @@ std::string failureOf(Call call) {
 
 TEST(MissingFunctions, AreToldByTheQueriesAndThrownByTheConstructors) {
     ASSERT_TRUE(replaced);
+    isInterrupted = true;
+    EXPECT_FALSE(CGImagePtr::canCreateFromDisplay()) << "an exception does not leave a query";
+    EXPECT_FALSE(CGImageData::isSupported());
+    isInterrupted = false;
     EXPECT_FALSE(CGImagePtr::canCreateFromDisplay());
     EXPECT_FALSE(CGImageData::isSupported());
     EXPECT_EQ(failureOf([] { const CGImagePtr image(1, {0, 0, 1, 1}); }),
