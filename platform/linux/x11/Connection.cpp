@@ -64,6 +64,7 @@ void logError(const char* what, const xcb_generic_error_t& error) {
 }
 
 std::unique_ptr<Connection> Connection::open(const char* displayName) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): xcb reads it the same way; a host sets it before
     const char* name = displayName != nullptr ? displayName : std::getenv("DISPLAY");
     if (name == nullptr || *name == '\0') {
         vlog.error("No display: DISPLAY is not set");

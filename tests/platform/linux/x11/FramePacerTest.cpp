@@ -89,7 +89,7 @@ TEST(FramePacer, ManyRectanglesKeepTakesShort) {
     FramePacer pacer(interval);
     pacer.onDamage();
     deliver(pacer, start, many);
-    for (int i = 1; i <= 3; ++i) {
+    for (FramePacer::Micros i = 1; i <= 3; ++i) {
         pacer.onDamage();
         ASSERT_EQ(pacer.nextStep(start + i * 4000, true), Step::Take) << i;
         pacer.onTakeSent();
