@@ -1,0 +1,55 @@
+#include "plat/StrCaseCmp.h"
+
+#include <map>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using plat::strCaseCmp;
+
+struct PairRow {
+    const char* name;
+    const char* a;
+    const char* b;
+    int sign;
+};
+
+class ComparedTexts : public testing::TestWithParam<PairRow> {};
+
+int signOf(int number) {
+    return (number > 0) - (number < 0);
+}
+
+TEST_P(ComparedTexts, AreOrdered) {
+    EXPECT_EQ(signOf(strCaseCmp(GetParam().a, GetParam().b)), GetParam().sign);
+    EXPECT_EQ(signOf(strCaseCmp(GetParam().b, GetParam().a)), -GetParam().sign);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Pairs, ComparedTexts,
+    testing::Values(
+        PairRow{"BothNull", nullptr, nullptr, 0}, PairRow{"NullIsEmpty", nullptr, "", 0},
+        PairRow{"NullBeforeText", nullptr, "a", -1}, PairRow{"SameCase", "abc", "abc", 0},
+        PairRow{"OtherCase", "aBcZ", "AbCz", 0}, PairRow{"Prefix", "abc", "ABCD", -1},
+        PairRow{"FirstByte", "b", "Ab", 1}, PairRow{"LastByte", "abC", "aBd", -1},
+        // As small letters: the signs between 'Z' and 'a' come before every letter.
+        PairRow{"UnderscoreBeforeLetter", "a_b", "aAb", -1},
+        PairRow{"AtSignIsNoLetter", "@", "`", -1}, PairRow{"BracketIsNoLetter", "[", "{", -1},
+        PairRow{"HighBytesAreUnsigned", "\xC3\xA9", "z", 1},
+        PairRow{"HighBytesHaveNoCase", "\xC3\x89", "\xC3\xA9", -1}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(StrCaseCmp, OrdersTheKeysOfAMap) {
+    std::map<plat::String, int, plat::strcasecmp_t> map;
+    map[plat::String("b")] = 1;
+    map[plat::String("A")] = 2;
+    map[plat::String("B")] = 3;
+    ASSERT_EQ(map.size(), 2U);
+    EXPECT_STREQ(map.begin()->first.get(), "A");
+    EXPECT_STREQ(map.rbegin()->first.get(), "b"); // the key stays as it was first written
+    EXPECT_EQ(map.rbegin()->second, 3);
+    EXPECT_EQ(map.find("a")->second, 2);
+    EXPECT_EQ(map.find("c"), map.end());
+}
+
+} // namespace
