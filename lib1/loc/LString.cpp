@@ -9,6 +9,7 @@
 #include <memory>
 #include <utility>
 
+#include "loc/LocaleSetter.h"
 #include "loc/Localize.h"
 #include "plat/DecimalText.h"
 #include "plat/LogWriter.h"
@@ -196,6 +197,7 @@ LString& LString::xprintf(const char* format, const PrintfArgList& args) {
 }
 
 LString& LString::wordWrap(int width, int indent) noexcept {
+    const LocaleSetter setter(nullptr);
     DString::wordWrap(width, indent);
     return *this;
 }

@@ -162,11 +162,13 @@ TEST(TransMap, ChecksEveryFormOfARange) {
 }
 
 TEST(TransMapDeathTest, OnlyTheCurrentMapIsDestroyed) {
-    auto outer = std::make_unique<TransMap>();
-    const TransMap inner;
-    EXPECT_EXIT(outer.reset(), testing::KilledBySignal(SIGABRT),
-                "Assertion 'thrInst == this' failed at .*TransMap.cpp");
-    static_cast<void>(outer.release()); // left for good: the inner one holds it as its previous
+    EXPECT_EXIT(
+        {
+            auto outer = std::make_unique<TransMap>();
+            const TransMap inner;
+            outer.reset();
+        },
+        testing::KilledBySignal(SIGABRT), "Assertion 'thrInst == this' failed at .*TransMap.cpp");
 }
 
 TEST(TransMapDeathTest, ExitWithinAScopeIsClean) {
