@@ -1,8 +1,11 @@
 #include "plat/LogWriter.h"
 
+#include "loc/loc_plat.h"
 #include "plat/DString.h"
 #include "plat/Logger.h"
+#include "plat/ParameterChangedCallback.h"
 #include "plat/SplitterInPlace.h"
+#include "plat/StringParameter.h"
 #include "plat/StringUtil.h"
 #include "plat/Wildcard.h"
 
@@ -10,10 +13,15 @@
 #include <memory>
 #include <type_traits>
 
+// Made first: the description of the parameter below is one of these texts.
+static const AddLocStrings_plat platStrings;
+
 namespace plat {
 
 // Constant-initialised: writers of other files may be made before this file's turn comes.
 static constinit LogWriter* logWriters = nullptr;
+
+StringParameter logParam("Log", loc::msgid_t("plat_param_log"), "", false, nullptr);
 
 struct LogWriter::Layout {
     static_assert(std::is_standard_layout_v<LogWriter>);
@@ -25,6 +33,17 @@ struct LogWriter::Layout {
 };
 
 namespace {
+
+/// Follows the parameter "Log".
+class LogParameterChangedCallback : public ParameterChangedCallback {
+public:
+    explicit LogParameterChangedCallback(ConfigParameter& param) {
+        param.callbacks.push_back(this);
+    }
+    void parameterChanged(ConfigParameter*, int) override { LogWriter::refreshLogSetting(); }
+};
+
+LogParameterChangedCallback logParamChangedCallback(logParam);
 
 void reportMalformed(const char* element) {
     std::fprintf(stderr, "Failed to parse log param element: '%s'\n", element);
@@ -49,6 +68,10 @@ LogWriter::LogWriter(const char* writerName) noexcept
 
 void LogWriter::vprf(int messageLevel, const char* fmt, va_list args) const {
     logger->vprf(messageLevel, name, fmt, args);
+}
+
+void LogWriter::refreshLogSetting() {
+    applyLogSetting(logParam.value().get());
 }
 
 void LogWriter::applyLogSetting(const char* setting) {

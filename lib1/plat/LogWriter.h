@@ -17,6 +17,11 @@
 namespace plat {
 
 class Logger;
+class StringParameter;
+
+/// The parameter "Log" of the global configuration: a setting as for LogWriter::applyLogSetting(),
+/// applied whenever it changes.
+extern StringParameter logParam;
 
 /// A named source of log messages: one at file level in each source file that logs.
 /// Shape: silent until a setting gives it a destination; all zero bytes is a silent writer too, so
@@ -72,6 +77,9 @@ public:
     const char* getName() const noexcept { return name; }
     int getLevel() const noexcept { return level; }
     Logger* getLogger() const noexcept { return logger; }
+
+    /// Applies what the parameter "Log" says, to every writer that exists by now.
+    static void refreshLogSetting();
 
     /// Silences every writer, then applies a whole setting: elements as for setLogParamElement(),
     /// separated by commas, from left to right.

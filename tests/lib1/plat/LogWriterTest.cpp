@@ -11,7 +11,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lib1/loc/LocalesInForce.h"
+#include "lib1/plat/ParameterListener.h"
 #include "lib1/plat/RecordingLogger.h"
+#include "plat/Configuration.h"
+#include "plat/StringParameter.h"
 
 namespace {
 
@@ -303,6 +307,85 @@ INSTANTIATE_TEST_SUITE_P(Texts, AcceptedLevel,
                                          ParsedLevelRow{"MinusZero", "-0", 0},
                                          ParsedLevelRow{"Largest", "2147483647", INT_MAX}),
                          [](const auto& row) { return row.param.name; });
+
+/// Leaves the parameter "Log" at its default.
+struct LogParamTest : LogWriterTest {
+    ~LogParamTest() override {
+        plat::logParam.resetToDefault();
+        plat::logParam.notifyResetToDefault();
+    }
+};
+
+TEST_F(LogParamTest, IsAStringOfTheGlobalConfiguration) {
+    EXPECT_EQ(plat::Configuration::global()->get("log"), &plat::logParam);
+    EXPECT_STREQ(plat::logParam.getName(), "Log");
+    EXPECT_TRUE(plat::logParam.isString());
+    EXPECT_FALSE(plat::logParam.isHidden());
+    EXPECT_THAT(valuesOf(plat::logParam), ElementsAre(testing::Pair(100, "")));
+    EXPECT_EQ(plat::logParam.callbacks.size(), 1U);
+    const LocalesInForce english{"en_US"};
+    EXPECT_STREQ(plat::logParam.getDescription(),
+                 "Record events in the format <log>:<target>:<level>[,...].");
+}
+
+TEST_F(LogParamTest, IsAppliedWhenItChanges) {
+    EXPECT_TRUE(plat::Configuration::global()->set("-Log=*:recorder:0,OtherWriter:second:100", 50));
+    EXPECT_EQ(writer.getLogger(), &recorder);
+    EXPECT_EQ(writer.getLevel(), 0);
+    EXPECT_EQ(other.getLogger(), &second);
+    EXPECT_EQ(other.getLevel(), 100);
+    plat::logParam.setParam("OtherWriter:recorder:5", 0);
+    EXPECT_EQ(writer.getLogger(), nullptr);
+    EXPECT_EQ(other.getLevel(), 5);
+    plat::logParam.unsetParam(0, true);
+    EXPECT_EQ(other.getLevel(), 100);
+    plat::logParam.unsetParam(50, true);
+    EXPECT_EQ(other.getLogger(), nullptr);
+    EXPECT_EQ(other.getLevel(), 0);
+}
+
+TEST_F(LogParamTest, ValueInForceIsApplied) {
+    plat::logParam.setParam("*:recorder:30", 0);
+    plat::logParam.setParam("*:second:100", 50);
+    EXPECT_EQ(writer.getLogger(), &recorder);
+    EXPECT_EQ(writer.getLevel(), 30);
+}
+
+TEST_F(LogParamTest, BadElementsAreReportedWhenItChanges) {
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(plat::logParam.setParam("bad,LogWriterTest:nowhere:7", 50));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Failed to parse log param element: 'bad'\nNo logger found: 'nowhere'\n");
+    EXPECT_EQ(writer.getLevel(), 7);
+}
+
+TEST_F(LogParamTest, CanBeAppliedAgain) {
+    plat::logParam.setParam("*:recorder:30", 50);
+    LogWriter::setLogParamElement("*:second:100");
+    static const LogWriter late("LateAgain");
+    LogWriter::refreshLogSetting();
+    EXPECT_EQ(writer.getLogger(), &recorder);
+    EXPECT_EQ(writer.getLevel(), 30);
+    EXPECT_EQ(late.getLogger(), &recorder);
+    plat::logParam.unsetParam(50, false);
+    EXPECT_EQ(writer.getLogger(), &recorder); // nobody was told
+    LogWriter::refreshLogSetting();
+    EXPECT_EQ(writer.getLogger(), nullptr);
+}
+
+TEST_F(LogParamTest, ItsOwnChangeIsLoggedByTheSettingBefore) {
+    plat::logParam.setParam("ConfigParameter:recorder:100", 50);
+    EXPECT_THAT(recorder.take(), IsEmpty());
+    plat::logParam.setParam("", 50);
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(Line{100, "ConfigParameter", "set Log(String) to , priority 50"}));
+}
+
+TEST_F(LogParamTest, NullTextSilences) {
+    plat::logParam.setParam("*:recorder:30", 50);
+    plat::logParam.setValue(plat::String(), 50);
+    EXPECT_EQ(writer.getLogger(), nullptr);
+}
 
 // The list is of this program's writers, newest first, then the foundation's; so each test below
 // looks at the front, where its own writers stand.
