@@ -1,5 +1,7 @@
 #include "loc/Localize.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -7,11 +9,15 @@
 #include <utility>
 
 #include "loc/LocaleList.h"
+#include "loc/LocaleSetter.h"
+#include "loc/OsLocale.h"
+#include "loc/StringsFile.h"
 #include "loc/TransMap.h"
 #include "loc/loc_loc.h"
 #include "plat/Assertion.h"
 #include "plat/DPrintf.h"
 #include "plat/DString.h"
+#include "plat/StringParameter.h"
 #include "plat/Utf8.h"
 #include "plat/unix/Mutex.h"
 
@@ -21,7 +27,23 @@ namespace loc {
 static const AddLocStrings_loc locStrings;
 static plat::Mutex localizeMutex;
 plat::LogWriter vlog("Localize");
+plat::StringParameter localeParam("Locale", loc::msgid_t("loc_param_locale"), "");
+
 constinit bool abortOnError = false;
+
+/// Sees the private members.
+struct LocalizeLayout {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof" // both compilers lay out polymorphic types so
+    static_assert(offsetof(Localize, strings) == sizeof(void*));
+    static_assert(offsetof(Localize, locales) ==
+                  offsetof(Localize, strings) + sizeof(Localize::strings));
+    static_assert(offsetof(Localize, stringsDirs) ==
+                  offsetof(Localize, locales) + sizeof(Localize::locales));
+    static_assert(offsetof(Localize, loadedLocales) ==
+                  offsetof(Localize, stringsDirs) + sizeof(Localize::stringsDirs));
+#pragma GCC diagnostic pop
+};
 
 namespace {
 
@@ -49,7 +71,43 @@ Localize& Localize::inst() {
     return instance;
 }
 
+void Localize::init(const std::vector<plat::String>& newStringsDirs) {
+    plat::ParameterChangedCallback* const listener = this;
+    auto& listeners = localeParam.callbacks;
+    if (std::find(listeners.begin(), listeners.end(), listener) == listeners.end())
+        listeners.push_back(listener);
+    {
+        const std::lock_guard lock(localizeMutex);
+        stringsDirs = newStringsDirs;
+    }
+    setLocalesFromParam();
+}
+
+void Localize::setLocalesFromParam() {
+    const plat::String wanted = localeParam.value();
+    const bool isWanted = *wanted.str() != '\0';
+    std::vector<plat::String> chosen;
+    if (isWanted)
+        parseLocaleList(wanted.get(), &chosen);
+    else
+        LocaleSetter::useOsProcessLocale(&chosen);
+    plat::appendUniq(&chosen, "en_US");
+    {
+        const std::lock_guard lock(localizeMutex);
+        locales = chosen;
+    }
+    setUiLocale(chosen);
+    if (isWanted)
+        LocaleSetter::setProcessLocale(chosen);
+    setTransMapLocales(chosen, TransMap::getProcessInst());
+}
+
+void Localize::parameterChanged(plat::ConfigParameter* /*param*/, int /*priority*/) {
+    setLocalesFromParam();
+}
+
 plat::String Localize::getLocales() const {
+    const std::lock_guard lock(localizeMutex);
     plat::DString joined;
     for (const plat::String& locale : locales) {
         if (&locale != &locales.front())
@@ -59,11 +117,22 @@ plat::String Localize::getLocales() const {
     return plat::String(joined.str());
 }
 
+void Localize::loadStringsFiles(const std::vector<plat::String>& stringLocales) {
+    const std::lock_guard lock(localizeMutex);
+    for (const plat::String& locale : stringLocales) {
+        if (!loadedLocales.insert(locale).second)
+            continue;
+        for (const plat::String& directory : stringsDirs)
+            loadStringsFile(directory.get(), locale.get(), this);
+    }
+}
+
 void Localize::setTransMapLocales(const std::vector<plat::String>& newLocales, TransMap* map) {
     if (map == nullptr)
         map = TransMap::getThreadInst();
     std::vector<plat::String> stringLocales;
     getStringLocales(newLocales, &stringLocales);
+    loadStringsFiles(stringLocales);
     {
         const std::lock_guard lock(localizeMutex);
         map->locales = std::move(stringLocales);

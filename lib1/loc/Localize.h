@@ -7,8 +7,13 @@
 #include "loc/MsgId.h"
 #include "loc/Translation.h"
 #include "plat/LogWriter.h"
+#include "plat/ParameterChangedCallback.h"
 #include "plat/String.h"
 #include "plat/StringCopyOpt.h"
+
+namespace plat {
+class StringParameter;
+}
 
 namespace loc {
 
@@ -21,23 +26,41 @@ extern plat::LogWriter vlog;
 /// arguments. False unless an application sets it.
 extern bool abortOnError;
 
+/// "Locale": a list of locales separated by colons, the preferred first; empty for the choice of
+/// the operating system.
+extern plat::StringParameter localeParam;
+
 /// Owns every localised text of the process, and its choice of locales.
+/// Shape: before init() texts can be added, but the process has no locales, so that every text is
+/// missing. Programs call it first of all. A locale's files are looked for once, when it is first
+/// asked for: what comes into the directories later is not seen.
 /// Threads: one recursive lock guards all texts and maps; adding texts takes none: that is for
 /// static initialisers, and for strings files, whose loading holds it. While it is held, things are
 /// logged: a log destination must not wait for a thread that localises.
-class Localize {
+class Localize : private plat::ParameterChangedCallback {
 public:
     Localize(const Localize&) = delete;
     Localize& operator=(const Localize&) = delete;
-    virtual ~Localize();
+    ~Localize() override;
 
     /// The only one. Static initialisers may call this.
     static Localize& inst();
 
+    /// Reads strings files from these directories from now on, the later ones winning, and follows
+    /// "Locale" for good. May be called again.
+    void init(const std::vector<plat::String>& newStringsDirs);
+    /// Gives the process the locales that "Locale" says: its texts, the system's locale, and the
+    /// language of the user interface.
+    void setLocalesFromParam();
+    void parameterChanged(plat::ConfigParameter* param, int priority) override;
+
     /// The locales of the process joined by ':', the preferred first; empty before init().
     plat::String getLocales() const;
 
-    /// Fills a map, null for the calling thread's current map, with the texts of the given locales.
+    /// Reads the strings files of the locales for which that was not done yet.
+    void loadStringsFiles(const std::vector<plat::String>& stringLocales);
+    /// Fills a map, null for the calling thread's current map, with the texts of the given locales,
+    /// their bare languages, and English. Strings files that this needs are read first.
     void setTransMapLocales(const std::vector<plat::String>& newLocales, TransMap* map);
     /// Fills a map, null for the calling thread's current map, with the texts that its locales have
     /// by now.
