@@ -28,8 +28,10 @@ struct Configuration::Layout {
     static_assert(offsetof(Configuration, description) == sizeof(void*));
     static_assert(offsetof(Configuration, parameters) == 2 * sizeof(void*));
     static_assert(offsetof(Configuration, children) == 3 * sizeof(void*));
-    static_assert(offsetof(Configuration, ownsParameters) == 3 * sizeof(void*) + sizeof(children));
-    static_assert(offsetof(Configuration, aliases) == 4 * sizeof(void*) + sizeof(children));
+    static_assert(offsetof(Configuration, ownsParameters) ==
+                  3 * sizeof(void*) + sizeof(std::list<Configuration*>));
+    static_assert(offsetof(Configuration, aliases) ==
+                  4 * sizeof(void*) + sizeof(std::list<Configuration*>));
 #pragma GCC diagnostic pop
 };
 

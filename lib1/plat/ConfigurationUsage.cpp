@@ -4,6 +4,7 @@
 #include <list>
 
 #include "loc/LString.h"
+#include "loc/LocaleSetter.h"
 #include "loc/Localize.h"
 #include "plat/ConfigParameterSort.h"
 #include "plat/DPrintf.h"
@@ -28,7 +29,8 @@ DString valueNote(const ConfigParameter* param) {
 }
 
 /// The columns of a text as the wrapping counts them.
-int columnsOf(const char* text) noexcept {
+int columnsOf(const char* text) {
+    const loc::LocaleSetter setter(nullptr);
     return utf8NumColumns(text);
 }
 

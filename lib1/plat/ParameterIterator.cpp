@@ -8,12 +8,13 @@
 namespace plat {
 
 struct ParameterIterator::Layout {
+    static constexpr std::size_t listSize = sizeof(std::list<const Configuration*>);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof" // a list need not have standard layout
     static_assert(offsetof(ParameterIterator, pending) == 0);
-    static_assert(offsetof(ParameterIterator, param) == sizeof(pending));
-    static_assert(offsetof(ParameterIterator, config) == sizeof(pending) + sizeof(void*));
-    static_assert(offsetof(ParameterIterator, recurse) == sizeof(pending) + 2 * sizeof(void*));
+    static_assert(offsetof(ParameterIterator, param) == listSize);
+    static_assert(offsetof(ParameterIterator, config) == listSize + sizeof(void*));
+    static_assert(offsetof(ParameterIterator, recurse) == listSize + 2 * sizeof(void*));
 #pragma GCC diagnostic pop
 };
 

@@ -1,5 +1,6 @@
 #include "plat/Configuration.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -200,6 +201,19 @@ TEST_F(ConfigurationUsageTest, UnusualWidthsDoNoHarm) {
         for (const int indent : {-7, -5, 0, 3, 200})
             EXPECT_THAT(listed(true, true, width, indent), HasSubstr("Name"));
     }
+}
+
+TEST_F(ConfigurationUsageTest, CountsColumnsInTheLocaleOfTheThread) {
+    const unsigned char bytes[] = {1};
+    const plat::BinaryParameter key("Key", "Secret.", {bytes, 1}, &config);
+    const BoolParameter flag("Verbose", "Say more.", false, false, &config);
+    const LogSetting setting("Localize:recorder:100");
+    recorder.take();
+    listed();
+    // Once for each wrapping, and once for the width of the note.
+    const std::vector<std::string> texts = recorder.takeTexts();
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "setting locale "), 1 + 3);
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "restoring locale"), 1 + 3);
 }
 
 TEST_F(ConfigurationUsageTest, UsageTextIsLocalised) {
