@@ -2,9 +2,10 @@
 
 #include <cstddef>
 
-#include "plat/Configuration.h"
 #include "loc/Localize.h"
+#include "plat/Configuration.h"
 #include "plat/LogWriter.h"
+#include "plat/StrCaseCmp.h"
 #include "plat/StringUtil.h"
 
 static plat::LogWriter vlog("ConfigParameter");
@@ -20,6 +21,8 @@ struct ConfigParameter::Layout {
     static_assert(offsetof(ConfigParameter, descriptionId) == 4 * sizeof(void*));
     static_assert(offsetof(ConfigParameter, hidden) == 5 * sizeof(void*));
     static_assert(offsetof(ConfigParameter, ownsStrings) == 5 * sizeof(void*) + 1);
+    // In what would be padding.
+    static_assert(offsetof(ConfigParameter, nameHash) == 5 * sizeof(void*) + 2);
     static_assert(offsetof(ConfigParameter, callbacks) == 6 * sizeof(void*));
 #pragma GCC diagnostic pop
 };
@@ -27,14 +30,14 @@ struct ConfigParameter::Layout {
 ConfigParameter::ConfigParameter(const char* newName, const char* newDescription,
                                  loc::msgid_t newDescriptionId, bool isHidden,
                                  Configuration* config)
-    : name(newName), description(newDescription), descriptionId(newDescriptionId),
-      hidden(isHidden) {
+    : name(newName), description(newDescription), descriptionId(newDescriptionId), hidden(isHidden),
+      nameHash(strCaseHash(newName)) {
     (config != nullptr ? config : Configuration::global())->add(this);
 }
 
 ConfigParameter::ConfigParameter(const ConfigParameter& source, Configuration* into)
     : name(source.name), description(source.description), descriptionId(source.descriptionId),
-      hidden(source.hidden), ownsStrings(source.ownsStrings) {
+      hidden(source.hidden), ownsStrings(source.ownsStrings), nameHash(source.nameHash) {
     if (ownsStrings) {
         String ownName(name);
         description = strDup(description);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <list>
 #include <map>
 
@@ -99,6 +100,9 @@ private:
 
 protected:
     bool ownsStrings = false; ///< the texts are arrays of this object's own
+
+private:
+    const std::uint16_t nameHash; ///< tells most other names apart without looking at them
 
 public:
     /// Listeners, not owned; append yours.

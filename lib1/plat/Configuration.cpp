@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <list>
 #include <map>
@@ -66,10 +67,6 @@ private:
 
 namespace {
 
-bool hasName(const ConfigParameter* param, const char* name) noexcept {
-    return strCaseCmp(param->getName(), name) == 0;
-}
-
 String valueOf(const ConfigParameter* param) {
     return String::owning(param->getValueStr());
 }
@@ -110,8 +107,12 @@ public:
 
     /// Null if there is none behind those that were found.
     ConfigParameter* find(const char* paramName) noexcept {
+        const std::uint16_t hash = strCaseHash(paramName);
+        const auto hasName = [=](const ConfigParameter* param) {
+            return param->nameHash == hash && strCaseCmp(param->name, paramName) == 0;
+        };
         ConfigParameter* param = start;
-        while (param != nullptr && !hasName(param, paramName))
+        while (param != nullptr && !hasName(param))
             param = param->next;
         if (param != nullptr && param == start)
             start = param->next;

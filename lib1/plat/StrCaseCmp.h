@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "plat/String.h"
 
 namespace plat {
@@ -22,6 +24,15 @@ inline int strCaseCmp(const char* a, const char* b) noexcept {
         ++b;
     }
     return fold(*a) - fold(*b);
+}
+
+/// A number that texts have in common for which strCaseCmp gives 0.
+inline std::uint16_t strCaseHash(const char* text) noexcept {
+    std::uint32_t hash = 0;
+    // The bit tells the cases of a letter apart; that it joins other bytes too does no harm.
+    for (; text != nullptr && *text != '\0'; ++text)
+        hash = hash * 33 + (static_cast<unsigned char>(*text) | 0x20U);
+    return std::uint16_t(hash ^ hash >> 16);
 }
 
 /// Orders the keys of a map as strCaseCmp does. A text can be looked up without making a String.

@@ -77,6 +77,14 @@ TEST_F(ConfigurationTest, FindsNamesOfEitherCase) {
     EXPECT_EQ(config.get(nullptr), nullptr);
 }
 
+TEST_F(ConfigurationTest, TellsNamesOfOneHashApart) {
+    ASSERT_EQ(plat::strCaseHash("b@"), plat::strCaseHash("b`"));
+    IntParameter first("b@", "", 1, false, &config);
+    IntParameter second("b`", "", 2, false, &config);
+    EXPECT_EQ(config.get("B@"), &first);
+    EXPECT_EQ(config.get("B`"), &second);
+}
+
 TEST_F(ConfigurationTest, FindsTheNewestOfEqualNames) {
     const IntParameter older("Width", "", 1, false, &config);
     IntParameter newer("WIDTH", "", 2, false, &config);

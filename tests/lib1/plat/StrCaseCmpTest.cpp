@@ -39,6 +39,14 @@ INSTANTIATE_TEST_SUITE_P(
         PairRow{"HighBytesHaveNoCase", "\xC3\x89", "\xC3\xA9", -1}),
     [](const auto& row) { return row.param.name; });
 
+TEST(StrCaseCmp, HashesAreEqualForEqualTexts) {
+    EXPECT_EQ(plat::strCaseHash(nullptr), plat::strCaseHash(""));
+    EXPECT_EQ(plat::strCaseHash("aBcZ_1\xC3\xA9"), plat::strCaseHash("AbCz_1\xC3\xA9"));
+    EXPECT_NE(plat::strCaseHash("parameter1"), plat::strCaseHash("parameter2"));
+    EXPECT_NE(plat::strCaseHash("ab"), plat::strCaseHash("ba"));
+    EXPECT_NE(plat::strCaseHash(""), plat::strCaseHash("a"));
+}
+
 TEST(StrCaseCmp, OrdersTheKeysOfAMap) {
     std::map<plat::String, int, plat::strcasecmp_t> map;
     map[plat::String("b")] = 1;
