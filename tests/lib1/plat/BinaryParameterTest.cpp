@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -59,6 +60,7 @@ struct TextRow {
     const char* name;
     const char* text;
     const char* value; // null for a text that is refused
+    friend void PrintTo(const TextRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BinaryText : public BinaryParameterTest, public testing::WithParamInterface<TextRow> {};

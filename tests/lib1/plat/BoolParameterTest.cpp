@@ -1,6 +1,7 @@
 #include "plat/BoolParameter.h"
 
 #include <memory>
+#include <ostream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,6 +25,7 @@ struct TextRow {
     const char* name;
     const char* text;
     int value; // -1 for a text that is refused
+    friend void PrintTo(const TextRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BoolText : public testing::TestWithParam<TextRow> {};

@@ -1,6 +1,7 @@
 #include "plat/ConfigParameter.h"
 
 #include <memory>
+#include <ostream>
 #include <type_traits>
 
 #include <gmock/gmock.h>
@@ -155,6 +156,7 @@ TEST_F(ConfigParameterTest, CopyOfOwnedTextsKeepsAMissingDescription) {
 struct LockRow {
     int priority;
     bool isLocked;
+    friend void PrintTo(const LockRow& row, std::ostream* out) { *out << row.priority; }
 };
 
 class LockingPriority : public ConfigParameterTest, public testing::WithParamInterface<LockRow> {};

@@ -1,5 +1,6 @@
 #include "plat/Configuration.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,9 @@ struct ConfigurationArgsTest : testing::Test {
 struct HelpRow {
     const char* arg;
     bool isHelp;
+    friend void PrintTo(const HelpRow& row, std::ostream* out) {
+        *out << (row.arg == nullptr ? "null" : row.arg);
+    }
 };
 
 class HelpArg : public testing::TestWithParam<HelpRow> {};
@@ -100,6 +104,7 @@ struct FormRow {
     Args args;
     std::ptrdiff_t taken; // how many arguments are taken
     const char* values;   // of the three parameters afterwards
+    friend void PrintTo(const FormRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class ArgumentForm : public ConfigurationArgsTest, public testing::WithParamInterface<FormRow> {};
@@ -177,6 +182,7 @@ struct UsageRow {
     const char* name;
     Args args;
     std::vector<Configuration::UsageType> calls;
+    friend void PrintTo(const UsageRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class UsageRequest : public ConfigurationArgsTest, public testing::WithParamInterface<UsageRow> {};
@@ -217,6 +223,7 @@ struct BadRow {
     const char* name;
     Args args;
     const char* bad; // the argument that is reported; null for none
+    friend void PrintTo(const BadRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class WholeCommandLine : public ConfigurationArgsTest,

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -166,6 +167,7 @@ struct WidthRow {
     int width;
     bool showValues;
     const char* text; // behind the heading
+    friend void PrintTo(const WidthRow& row, std::ostream* out) { *out << row.width; }
 };
 
 class NotePlace : public ConfigurationUsageTest, public testing::WithParamInterface<WidthRow> {};

@@ -1,6 +1,7 @@
 #include "plat/EnumParameter.h"
 
 #include <memory>
+#include <ostream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,6 +34,7 @@ struct DefaultRow {
     const char* text;
     int index;
     int lines; // how many changes are logged
+    friend void PrintTo(const DefaultRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class EnumDefault : public EnumParameterTest, public testing::WithParamInterface<DefaultRow> {};

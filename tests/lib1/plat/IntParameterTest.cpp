@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <memory>
+#include <ostream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -30,6 +31,7 @@ struct TextRow {
     const char* name;
     const char* text;
     int value;
+    friend void PrintTo(const TextRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class IntText : public IntParameterTest, public testing::WithParamInterface<TextRow> {

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <memory>
+#include <ostream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,6 +28,7 @@ struct NumberRow {
     const char* name;
     long long number;
     const char* text;
+    friend void PrintTo(const NumberRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class S64Number : public S64ParameterTest, public testing::WithParamInterface<NumberRow> {};
@@ -57,6 +59,7 @@ struct TextRow {
     const char* name;
     const char* text;
     const char* value; // null for a text that is refused
+    friend void PrintTo(const TextRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class S64Text : public S64ParameterTest, public testing::WithParamInterface<TextRow> {};

@@ -1,6 +1,7 @@
 #include "plat/StrCaseCmp.h"
 
 #include <map>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,7 @@ struct PairRow {
     const char* a;
     const char* b;
     int sign;
+    friend void PrintTo(const PairRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class ComparedTexts : public testing::TestWithParam<PairRow> {};
