@@ -16,6 +16,7 @@ struct LanguagesCountry {
 };
 
 /// Sorted by language.
+// NOLINTNEXTLINE(readability-identifier-naming): beside the function of that name
 constexpr LanguagesCountry langToCanonCountry_[] = {
     {"af", "ZA"}, {"be", "BY"}, {"bg", "BG"}, {"ca", "ES"}, {"cs", "CZ"}, {"da", "DK"},
     {"de", "DE"}, {"dz", "BT"}, {"el", "GR"}, {"en", "US"}, {"es", "ES"}, {"et", "EE"},
