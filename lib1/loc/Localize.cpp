@@ -12,6 +12,7 @@
 #include "loc/LocaleSetter.h"
 #include "loc/OsLocale.h"
 #include "loc/StringsFile.h"
+#include "loc/TextCache.h"
 #include "loc/TransMap.h"
 #include "loc/loc_loc.h"
 #include "plat/Assertion.h"
@@ -37,15 +38,19 @@ struct LocalizeLayout {
 #pragma GCC diagnostic ignored "-Winvalid-offsetof" // both compilers lay out polymorphic types so
     static_assert(offsetof(Localize, strings) == sizeof(void*));
     static_assert(offsetof(Localize, locales) ==
-                  offsetof(Localize, strings) + sizeof(Localize::strings));
+                  offsetof(Localize, strings) + sizeof(decltype(Localize::strings)));
     static_assert(offsetof(Localize, stringsDirs) ==
-                  offsetof(Localize, locales) + sizeof(Localize::locales));
+                  offsetof(Localize, locales) + sizeof(decltype(Localize::locales)));
     static_assert(offsetof(Localize, loadedLocales) ==
-                  offsetof(Localize, stringsDirs) + sizeof(Localize::stringsDirs));
+                  offsetof(Localize, stringsDirs) + sizeof(decltype(Localize::stringsDirs)));
 #pragma GCC diagnostic pop
 };
 
 namespace {
+
+/// Texts that this thread has found, by the address of the id: an id is a literal, looked up again
+/// and again. What was found in another generation of texts and maps does not count.
+thread_local constinit TextCache textCache;
 
 /// Reports a text that is missing and gives its id in its place.
 const char* handleError(const char* what, const char* file, msgid_t msgid, int line) {
@@ -84,11 +89,11 @@ void Localize::init(const std::vector<plat::String>& newStringsDirs) {
 }
 
 void Localize::setLocalesFromParam() {
-    const plat::String wanted = localeParam.value();
-    const bool isWanted = *wanted.str() != '\0';
+    const char* const wanted = localeParam.value().str();
+    const bool isWanted = *wanted != '\0';
     std::vector<plat::String> chosen;
     if (isWanted)
-        parseLocaleList(wanted.get(), &chosen);
+        parseLocaleList(wanted, &chosen);
     else
         LocaleSetter::useOsProcessLocale(&chosen);
     plat::appendUniq(&chosen, "en_US");
@@ -144,6 +149,7 @@ void Localize::updateTransMap(TransMap* map) {
     const std::lock_guard lock(localizeMutex);
     if (map == nullptr)
         map = TransMap::getThreadInst();
+    TextCache::renew();
     map->translations.clear();
     vlog.debug("Updating %s TransMap with locales:",
                map == TransMap::getProcessInst() ? "process" : "thread");
@@ -153,7 +159,7 @@ void Localize::updateTransMap(TransMap* map) {
         if (found == strings.end())
             continue;
         for (const auto& [msgid, translation] : found->second)
-            map->translations.emplace(msgid, &translation);
+            map->translations.try_emplace(msgid, &translation);
     }
 }
 
@@ -169,6 +175,7 @@ void Localize::addString(const char* locale, const char* msgid, const char* text
 }
 
 void Localize::addSanitized(const char* locale, const char* msgid, const char* text, bool copy) {
+    TextCache::renew();
     auto& ofLocale = strings[plat::String(locale)];
     ofLocale[plat::StringCopyOpt(msgid, copy)].set(text, copy);
 }
@@ -180,20 +187,32 @@ void Localize::addBuiltInString(const char* locale, const char* msgid, const cha
 }
 
 const char* localize(msgid_t msgid, const char* file, int line, bool raw) {
+    TextCache::Key key{msgid.str(), TransMap::getThreadInst(), TextCache::generation()};
+    key.kind = raw ? TextCache::Raw : TextCache::Finished;
+    if (const char* const text = textCache.find(key))
+        return text;
     const std::lock_guard lock(localizeMutex);
     const Translation* const translation = TransMap::getThreadInst()->get(msgid);
     if (translation == nullptr)
         return handleError("Missing translation", file, msgid, line);
-    return translation->get(raw, msgid);
+    key.generation = TextCache::generation();
+    return textCache.add(key, translation->get(raw, msgid));
 }
 
 const char* localizePlural(msgid_t msgid, int count, int min, int max, const char* file, int line) {
+    TextCache::Key key{msgid.str(), TransMap::getThreadInst(), TextCache::generation()};
+    key.kind = TextCache::pluralKind(count);
+    key.min = min;
+    key.max = max;
+    if (const char* const text = textCache.find(key))
+        return text;
     const std::lock_guard lock(localizeMutex);
     const Translation* const translation =
         TransMap::getThreadInst()->getPlural(msgid, count, min, max);
     if (translation == nullptr)
         return handleError("Missing plural translation", file, msgid, line);
-    return translation->get(true, msgid);
+    key.generation = TextCache::generation();
+    return textCache.add(key, translation->get(true, msgid));
 }
 
 } // namespace loc

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "loc/PluralRule.h"
+#include "loc/TextCache.h"
 #include "plat/Assertion.h"
 #include "plat/SString.h"
 #include "plat/unix/ThreadLocalPtr.h"
@@ -45,6 +46,7 @@ TransMap::TransMap() : TransMap(currentBesideProcessInst()) {}
 
 TransMap::TransMap(TransMap* previousMap) : previous(previousMap) {
     currentMap().set(this);
+    TextCache::renew(); // there may have been another map here
 }
 
 TransMap::~TransMap() {

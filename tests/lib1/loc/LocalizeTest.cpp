@@ -206,6 +206,73 @@ TEST(AddBuiltInStringDeathTest, BadUtf8IsFatal) {
                 "Bad UTF-8 in own_bad");
 }
 
+// A text is looked up again and again by the same literal; each change shows at once.
+TEST(LocalizeAgain, SeesTheMapOfTheMoment) {
+    const auto label = [] { return std::string(LUMO_LOCALIZE("plat_usage_label")); };
+    for (int i = 0; i < 3; ++i) {
+        const LocalesInForce german{"de"};
+        EXPECT_EQ(label(), "Nutzung:");
+        EXPECT_EQ(label(), "Nutzung:");
+        {
+            const LocalesInForce french{"fr"};
+            EXPECT_EQ(label(), "Syntaxe :");
+        }
+        EXPECT_EQ(label(), "Nutzung:");
+        {
+            const loc::TransMap empty; // perhaps where the last one was
+            EXPECT_EQ(label(), "plat_usage_label");
+        }
+    }
+    EXPECT_EQ(label(), "plat_usage_label");
+}
+
+TEST(LocalizeAgain, SeesReplacedTexts) {
+    const LocalesInForce locales{"g1"};
+    Localize::inst().addString("g1", "own_again", "first", "a file");
+    Localize::inst().updateTransMap(nullptr);
+    const auto text = [] { return std::string(LUMO_LOCALIZE("own_again")); };
+    EXPECT_EQ(text(), "first");
+    EXPECT_EQ(text(), "first");
+    Localize::inst().addString("g1", "own_again", "second", "a file");
+    EXPECT_EQ(text(), "second");
+}
+
+TEST(LocalizeAgain, MissingTextIsReportedEachTime) {
+    const LogSetting setting("Localize:recorder:0");
+    for (int i = 0; i < 2; ++i)
+        loc::localize("own_missing", nullptr, 0, false);
+    EXPECT_EQ(recorder.take().size(), 2U);
+}
+
+TEST(LocalizeAgain, PluralDependsOnCountAndRange) {
+    const LocalesInForce french{"fr"};
+    for (int i = 0; i < 2; ++i) {
+        const auto text = [](int count, int min, int max) {
+            return std::string(
+                loc::localizePlural("loc_bytesize_unit", count, min, max, nullptr, 0));
+        };
+        EXPECT_EQ(text(0, 0, 9), "%D octet");
+        EXPECT_EQ(text(1, 0, 9), "%D octet");
+        EXPECT_EQ(text(2, 0, 9), "%D octets");
+        EXPECT_EQ(text(-1, -1, 9), "%D octets");
+        EXPECT_EQ(text(1, -1, 9), "%D octet");
+    }
+    const LocalesInForce german{"de"};
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_STREQ(loc::localizePlural("loc_period_day", 3, 2, 9, nullptr, 0), "%D Tage");
+        EXPECT_STREQ(loc::localizePlural("loc_period_day", 3, 0, 9, nullptr, 0), "loc_period_day");
+    }
+}
+
+TEST(LocalizeAgainDeathTest, ReadingTheOtherWayIsStillABug) {
+    Localize::inst().addString("g2", "own_way", "text", "a file");
+    const LocalesInForce locales{"g2"};
+    LUMO_LOCALIZE_RAW("own_way");
+    LUMO_LOCALIZE_RAW("own_way");
+    EXPECT_EXIT(LUMO_LOCALIZE("own_way"), testing::KilledBySignal(SIGABRT),
+                "Can't use same string as both raw and formatted - own_way");
+}
+
 // A destination that localises takes the lock again, on the thread that has it.
 TEST(Localize, DestinationMayLocalise) {
     const LogSetting setting("Localize:recorder:100");
