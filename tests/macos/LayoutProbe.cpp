@@ -2,22 +2,42 @@
 // Never run: its layouts are printed and compared with layouts.txt.
 #include "lumoscreenhelper/DisplayStreamImpl.h"
 #include "lumoscreenhelper/DisplayStreamPerDisplay.h"
+#include "loc/LString.h"
+#include "loc/LibcLocale.h"
+#include "loc/LocaleSetter.h"
+#include "loc/Localize.h"
+#include "loc/PluralRule.h"
+#include "loc/TransMap.h"
+#include "loc/Translation.h"
 #include "os/mac/CGUtil.h"
 #include "plat/Assertion.h"
+#include "plat/BinaryParameter.h"
+#include "plat/BoolParameter.h"
 #include "plat/Buf.h"
+#include "plat/Configuration.h"
 #include "plat/DPrintf.h"
 #include "plat/DString.h"
 #include "plat/DynamicFn.h"
+#include "plat/EnumParameter.h"
 #include "plat/Exception.h"
+#include "plat/FilePtr.h"
+#include "plat/IntParameter.h"
 #include "plat/LogWriter.h"
 #include "plat/Logger.h"
+#include "plat/ParameterAlias.h"
+#include "plat/ParameterChangedCallback.h"
+#include "plat/ParameterIterator.h"
 #include "plat/Rect.h"
+#include "plat/S64Parameter.h"
 #include "plat/SString.h"
 #include "plat/String.h"
+#include "plat/StringParameter.h"
+#include "plat/TransactedFilePtr.h"
 #include "plat/unix/Condition.h"
 #include "plat/unix/Mutex.h"
 #include "plat/unix/Thread.h"
 #include "plat/unix/ThreadLocalPtr.h"
+#include "rdr/FileInStream.h"
 #include "rdr/InStream.h"
 #include "rdr/MemOutStream.h"
 #include "rdr/OutStream.h"
@@ -42,21 +62,15 @@ const std::size_t probedSizes =
     sizes<plat::AssertionFail, plat::CBuf<char>, plat::MBuf<char>, plat::SString<256>,
           plat::ThreadLocalPtr<plat::Thread>, plat::DynamicFn<void (*)()>>;
 
-void probe(svr::DisplayStreamClient* client, svr::DisplayStreamSource* source,
-           DisplayStreamPerDisplay* perDisplay, plat::Logger* logger, plat::Thread* thread,
-           plat::ThreadRunner* runner, rdr::InStream* in, rdr::OutStream* out,
-           rdr::MemOutStream* memory);
-void probe(svr::DisplayStreamClient* client, svr::DisplayStreamSource* source,
-           DisplayStreamPerDisplay* perDisplay, plat::Logger* logger, plat::Thread* thread,
-           plat::ThreadRunner* runner, rdr::InStream* in, rdr::OutStream* out,
-           rdr::MemOutStream* memory) {
-    destroy(client);
-    destroy(source);
-    destroy(perDisplay);
-    destroy(logger);
-    destroy(thread);
-    destroy(runner);
-    destroy(in);
-    destroy(out);
-    destroy(memory);
+template <typename... Classes>
+void probe(Classes*... objects) {
+    (destroy(objects), ...);
 }
+
+template void
+probe(svr::DisplayStreamClient*, svr::DisplayStreamSource*, DisplayStreamPerDisplay*, plat::Logger*,
+      plat::Thread*, plat::ThreadRunner*, rdr::InStream*, rdr::BufferedInStream*,
+      rdr::FileInStream*, rdr::OutStream*, rdr::MemOutStream*, plat::ParameterChangedCallback*,
+      plat::ConfigParameter*, plat::BoolParameter*, plat::IntParameter*, plat::StringParameter*,
+      plat::EnumParameter*, plat::BinaryParameter*, plat::S64Parameter*, plat::ParameterAlias*,
+      plat::Configuration::CanonicalizeCallback*, loc::Localize*);
