@@ -1,6 +1,7 @@
 #include "lumowatch/DisplayWatcher.h"
 
 #include "lumowatch/PngFile.h"
+#include "lumowatch/Texts.h"
 
 #include <ctime>
 #include <utility>
@@ -20,10 +21,10 @@ std::span<const CGRect> listOf(int count, const CGRect* rects) {
 
 } // namespace
 
-DisplayWatcher::DisplayWatcher(const CaptureLibrary& capture, unsigned watched,
-                               const EventPrinter& events, std::string folder, GMainLoop* mainLoop)
-    : display(watched), printer(events), pngFolder(std::move(folder)), loop(mainLoop),
-      source(capture.newSource(this, watched)) {
+DisplayWatcher::DisplayWatcher(const CaptureLibrary& capture, Setup given, EventPrinter& events,
+                               GMainLoop* mainLoop)
+    : setup(std::move(given)), printer(events), loop(mainLoop),
+      source(capture.newSource(this, setup.display)) {
     CGDisplayRegisterReconfigurationCallback(&DisplayWatcher::onReconfigured, this);
 }
 
@@ -74,23 +75,26 @@ void DisplayWatcher::grabSoon() {
 
 void DisplayWatcher::grab() {
     grabIdle = 0;
-    source->grab();
+    if (!hasGrabbedEnough())
+        source->grab();
 }
 
 void DisplayWatcher::pixelsGrabbed(const void* pixels, plat::Rect box, int /*bytesPerPixel*/,
                                    int strideBytes) {
     ++seen.grabs;
     printer.grabbed(seconds(), box, writePicture(pixels, box, strideBytes));
+    if (hasGrabbedEnough())
+        g_main_loop_quit(loop);
 }
 
 /// The file's name, or an empty text when none was written.
 std::string DisplayWatcher::writePicture(const void* pixels, const plat::Rect& box,
                                          int strideBytes) {
-    if (pngFolder.empty())
+    if (setup.pngFolder.empty())
         return "";
     char name[32];
     std::snprintf(name, sizeof name, "/grab-%05lld.png", static_cast<long long>(seen.grabs));
-    std::string path = pngFolder + name;
+    std::string path = setup.pngFolder + name;
     const auto stride = static_cast<std::size_t>(strideBytes);
     const auto* corner = static_cast<const std::uint8_t*>(pixels) +
                          static_cast<std::size_t>(box.top) * stride +
@@ -110,16 +114,16 @@ void DisplayWatcher::onReconfigured(CGDirectDisplayID changed, CGDisplayChangeSu
 }
 
 void DisplayWatcher::onReconfigured(CGDirectDisplayID changed, CGDisplayChangeSummaryFlags flags) {
-    if (changed != display)
+    if (changed != setup.display)
         return;
     source->stop();
     if ((flags & kCGDisplayRemoveFlag) != 0) {
-        printer.note(seconds(), "the display is gone");
+        printer.note(seconds(), text("lumowatch_display_gone"));
         isGone = true;
         g_main_loop_quit(loop);
         return;
     }
-    printer.note(seconds(), "the display changed; starting anew");
+    printer.note(seconds(), text("lumowatch_display_changed"));
     if (!source->start()) {
         isGone = true;
         g_main_loop_quit(loop);

@@ -18,9 +18,15 @@ namespace lumowatch {
 /// Threads: the main thread, whose run loop serves it.
 class DisplayWatcher final : public svr::DisplayStreamClient {
 public:
-    /// Ownership: printer and loop outlive the watcher. `pngFolder` may be empty.
-    DisplayWatcher(const CaptureLibrary& library, unsigned display, const EventPrinter& printer,
-                   std::string pngFolder, GMainLoop* loop);
+    struct Setup {
+        CGDirectDisplayID display = kCGNullDirectDisplay;
+        int grabs = 0;         ///< ends the loop after so many; 0: never
+        std::string pngFolder; ///< empty: no pictures
+    };
+
+    /// Ownership: printer and loop outlive the watcher.
+    DisplayWatcher(const CaptureLibrary& library, Setup setup, EventPrinter& printer,
+                   GMainLoop* loop);
     ~DisplayWatcher() override;
 
     /// Errors: false when the display cannot be watched; the reason is in the log.
@@ -43,12 +49,12 @@ private:
     void onReconfigured(CGDirectDisplayID changed, CGDisplayChangeSummaryFlags flags);
     void grabSoon();
     void grab();
+    bool hasGrabbedEnough() const { return setup.grabs != 0 && seen.grabs >= setup.grabs; }
     double seconds() const;
     std::string writePicture(const void* pixels, const plat::Rect& box, int strideBytes);
 
-    const unsigned display;
-    const EventPrinter& printer;
-    const std::string pngFolder;
+    const Setup setup;
+    EventPrinter& printer;
     GMainLoop* const loop;
     const std::chrono::steady_clock::time_point startTime = std::chrono::steady_clock::now();
 

@@ -1,61 +1,32 @@
 #include "lumowatch/EventPrinter.h"
 
+#include "lumowatch/JsonPrinter.h"
+#include "lumowatch/TextPrinter.h"
+
 namespace lumowatch {
 namespace {
 
-/// More rectangles than these are counted, not listed.
-constexpr std::size_t listedRects = 4;
-
-std::string describe(const CGRect& rect) {
-    char text[96];
-    std::snprintf(text, sizeof text, "%gx%g+%g+%g", double{rect.size.width},
-                  double{rect.size.height}, double{rect.origin.x}, double{rect.origin.y});
-    return text;
-}
-
-std::string describe(std::span<const CGRect> rects) {
-    std::string text;
-    for (std::size_t i = 0; i < rects.size() && i < listedRects; ++i)
-        text += (i == 0 ? "" : ", ") + describe(rects[i]);
-    if (rects.size() > listedRects)
-        text += " and " + std::to_string(rects.size() - listedRects) + " more";
-    return text;
-}
+class SilentPrinter final : public EventPrinter {
+public:
+    void changed(double, std::span<const CGRect>) override {}
+    void moved(double, CGFloat, CGFloat, std::span<const CGRect>) override {}
+    void grabbed(double, const plat::Rect&, const std::string&) override {}
+    void note(double, const std::string&) override {}
+    void summary(const Statistics&) override {}
+};
 
 } // namespace
 
-void EventPrinter::changed(double seconds, std::span<const CGRect> rects) const {
-    std::fprintf(out, "%9.3f  changed  %s\n", seconds, describe(rects).c_str());
-    std::fflush(out);
-}
-
-void EventPrinter::moved(double seconds, CGFloat dx, CGFloat dy,
-                         std::span<const CGRect> rects) const {
-    std::fprintf(out, "%9.3f  moved    %s from %+g,%+g\n", seconds, describe(rects).c_str(),
-                 double{dx}, double{dy});
-    std::fflush(out);
-}
-
-void EventPrinter::grabbed(double seconds, const plat::Rect& box, const std::string& file) const {
-    std::fprintf(out, "%9.3f  grabbed  %dx%d+%d+%d%s%s\n", seconds, box.right - box.left,
-                 box.bottom - box.top, box.left, box.top, file.empty() ? "" : "  ", file.c_str());
-    std::fflush(out);
-}
-
-void EventPrinter::note(double seconds, const char* text) const {
-    std::fprintf(out, "%9.3f  %s\n", seconds, text);
-    std::fflush(out);
-}
-
-void EventPrinter::summary(const Statistics& seen) const {
-    std::fprintf(out,
-                 "%.1f s: %lld frames, %lld grabs, %lld changed pixels, %lld moved areas, "
-                 "%lld pictures, %.3f s CPU time\n",
-                 seen.seconds, static_cast<long long>(seen.frames),
-                 static_cast<long long>(seen.grabs), static_cast<long long>(seen.changedPixels),
-                 static_cast<long long>(seen.movedAreas), static_cast<long long>(seen.pictures),
-                 seen.cpuSeconds);
-    std::fflush(out);
+std::unique_ptr<EventPrinter> EventPrinter::make(EventFormat format, std::FILE* stream) {
+    switch (format) {
+    case EventFormat::Json:
+        return std::make_unique<JsonPrinter>(stream);
+    case EventFormat::None:
+        return std::make_unique<SilentPrinter>();
+    case EventFormat::Text:
+        break;
+    }
+    return std::make_unique<TextPrinter>(stream);
 }
 
 } // namespace lumowatch

@@ -1,30 +1,37 @@
 #pragma once
 
+#include "lumowatch/Parameters.h"
 #include "lumowatch/Statistics.h"
 #include "plat/Rect.h"
 
 #include <CoreGraphics/CGGeometry.h>
 
 #include <cstdio>
+#include <memory>
 #include <span>
 #include <string>
 
 namespace lumowatch {
 
-/// Prints events for a person to read, one a line, each at once.
-/// Units: times in seconds since the start; areas as WIDTHxHEIGHT+X+Y in pixels.
+/// Prints what happens, each event at once.
+/// Units: times in seconds since the start; areas in pixels.
 class EventPrinter {
 public:
-    explicit EventPrinter(std::FILE* stream) : out(stream) {}
+    EventPrinter() = default;
+    EventPrinter(const EventPrinter&) = delete;
+    EventPrinter& operator=(const EventPrinter&) = delete;
+    virtual ~EventPrinter() = default;
 
-    void changed(double seconds, std::span<const CGRect> rects) const;
-    void moved(double seconds, CGFloat dx, CGFloat dy, std::span<const CGRect> rects) const;
-    void grabbed(double seconds, const plat::Rect& box, const std::string& file) const;
-    void note(double seconds, const char* text) const;
-    void summary(const Statistics& statistics) const;
+    /// Ownership: the stream is the caller's, and outlives the printer.
+    static std::unique_ptr<EventPrinter> make(EventFormat format, std::FILE* stream);
 
-private:
-    std::FILE* out;
+    virtual void changed(double seconds, std::span<const CGRect> rects) = 0;
+    /// (dx, dy) leads from an area back to where its content was.
+    virtual void moved(double seconds, CGFloat dx, CGFloat dy, std::span<const CGRect> rects) = 0;
+    /// `file` is empty when no picture was written.
+    virtual void grabbed(double seconds, const plat::Rect& box, const std::string& file) = 0;
+    virtual void note(double seconds, const std::string& text) = 0;
+    virtual void summary(const Statistics& statistics) = 0;
 };
 
 } // namespace lumowatch

@@ -84,6 +84,8 @@ bool ScreenWatch::openParts() {
         pacer = FramePacer(std::max(setup.frameInterval, timedInterval));
     }
     viewport = geometry.viewport(setup.width, setup.height);
+    vlog.debug("Watching display %u: %dx%d at %d,%d of the screen", setup.display, setup.width,
+               setup.height, viewport.x, viewport.y);
     damageAll();
     return !connection->isBroken();
 }

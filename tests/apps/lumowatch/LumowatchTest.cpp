@@ -5,12 +5,15 @@
 #include "support/XServer.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <poll.h>
+#include <sstream>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -108,35 +111,117 @@ private:
     int errFd;
 };
 
+/// Every test speaks English unless it says otherwise.
+const bool isEnglish = [] {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"})
+        unsetenv(name);
+    return setenv("LANGUAGE", "en_US", 1) == 0;
+}();
+
+bool holds(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
 TEST(Lumowatch, HelpIsPrintedAndFine) {
-    Program program({"--help"});
+    ASSERT_TRUE(isEnglish);
+    for (const char* help : {"-help", "--help", "-h", "/?"}) {
+        Program program({help});
+        EXPECT_EQ(program.finish(), 0) << help;
+        EXPECT_TRUE(holds(program.output, "Usage: lumowatch [-help [all]]")) << program.output;
+        EXPECT_TRUE(holds(program.output, "Parameters can be turned on with -<param>"));
+        EXPECT_TRUE(holds(program.output, "  Display        - Identifier of the display to watch"))
+            << program.output;
+        EXPECT_FALSE(holds(program.output, "Log names:"));
+        EXPECT_EQ(program.errors, "");
+    }
+}
+
+TEST(Lumowatch, AllHelpNamesTheLogs) {
+    Program program({"-help", "all"});
     EXPECT_EQ(program.finish(), 0);
-    EXPECT_NE(program.output.find("usage: lumowatch [SECONDS [PNG-FOLDER]]"), std::string::npos);
+    EXPECT_TRUE(holds(program.output, "Log names:")) << program.output;
+    EXPECT_TRUE(holds(program.output, "ConfigParameter"));
+    EXPECT_TRUE(holds(program.output, "Log destinations:"));
+    EXPECT_TRUE(holds(program.output, "  stderr\n"));
+    EXPECT_TRUE(holds(program.output, "  file\n"));
+}
+
+struct Help {
+    const char* language; ///< of the environment
+    std::vector<std::string> words;
+    std::vector<const char*> says;
+};
+
+class HelpLanguage : public testing::TestWithParam<Help> {};
+
+TEST_P(HelpLanguage, IsThatOfTheUser) {
+    setenv("LANGUAGE", GetParam().language, 1);
+    Program program(GetParam().words);
+    EXPECT_EQ(program.finish(), 0);
+    setenv("LANGUAGE", "en_US", 1);
+    for (const char* text : GetParam().says)
+        EXPECT_TRUE(holds(program.output, text)) << text << " in\n" << program.output;
     EXPECT_EQ(program.errors, "");
 }
 
+INSTANTIATE_TEST_SUITE_P(
+    Languages, HelpLanguage,
+    testing::Values(
+        Help{"fr_FR", {"-help"}, {"Syntaxe :", "Observe un écran", "Identifiant de l’écran"}},
+        Help{"es", {"-help"}, {"Uso:", "Observa una pantalla", "Identificador de la pantalla"}},
+        Help{"en_US",
+             {"-Locale=de_DE", "-help"},
+             {"Nutzung:", "Beobachtet einen Bildschirm", "Kennung des zu beobachtenden"}},
+        Help{"de", {"-Locale=it_IT", "-help"}, {"Usage:", "Watches a display"}}));
+
+TEST(Lumowatch, TheLanguageOfLangIsSpoken) {
+    unsetenv("LANGUAGE");
+    setenv("LANG", "fr_FR.UTF-8", 1);
+    Program program({"-help"});
+    EXPECT_EQ(program.finish(), 0);
+    setenv("LANGUAGE", "en_US", 1);
+    unsetenv("LANG");
+    EXPECT_TRUE(holds(program.output, "Syntaxe :")) << program.output;
+}
+
 TEST(Lumowatch, BadArgumentsExitWithOne) {
-    for (const auto& words : std::vector<std::vector<std::string>>{
-             {"soon"}, {"1", "/no/such/folder"}, {"1", "/dev/null"}, {"1", "2", "3"}}) {
+    for (const auto& words : std::vector<std::vector<std::string>>{{"soon"},
+                                                                   {"-Seconds=soon"},
+                                                                   {"-Seconds=-1"},
+                                                                   {"-Events=xml"},
+                                                                   {"--Seconds", "1"},
+                                                                   {"-Png"},
+                                                                   {"-Seconds=1", "1"}}) {
         Program program(words);
-        EXPECT_EQ(program.finish(), 1);
-        EXPECT_NE(program.errors.find("lumowatch: "), std::string::npos);
+        EXPECT_EQ(program.finish(), 1) << words[0];
+        EXPECT_EQ(program.errors.find("lumowatch: Bad argument '"), 0u) << program.errors;
+        EXPECT_TRUE(holds(program.errors, "'.  Run with -help for usage.\n")) << program.errors;
         EXPECT_EQ(program.output, "");
+    }
+}
+
+TEST(Lumowatch, AFolderThatIsNoneExitsWithOne) {
+    for (const char* folder : {"/no/such/folder", "/dev/null"}) {
+        Program program({std::string("-Png=") + folder});
+        EXPECT_EQ(program.finish(), 1);
+        EXPECT_EQ(program.errors, std::string("lumowatch: there is no folder '") + folder + "'\n");
     }
 }
 
 TEST(Lumowatch, NoDisplayExitsWithTwo) {
     for (const char* name : {"", ":4711"}) {
         setenv("DISPLAY", name, 1);
-        Program program({"1"});
-        EXPECT_EQ(program.finish(), 2);
-        EXPECT_NE(program.errors.find("no display"), std::string::npos) << program.errors;
+        for (const char* word : {"-Seconds=1", "-ListDisplays"}) {
+            Program program({word});
+            EXPECT_EQ(program.finish(), 2);
+            EXPECT_NE(program.errors.find("no display"), std::string::npos) << program.errors;
+        }
     }
 }
 
 TEST(Lumowatch, NoLibraryExitsWithTwo) {
     setenv("LUMO_LIBRARY", "/no/such/library.so", 1);
-    Program program({"1"});
+    Program program({"-Seconds=1"});
     EXPECT_EQ(program.finish(), 2);
     unsetenv("LUMO_LIBRARY");
     EXPECT_NE(program.errors.find("/no/such/library.so"), std::string::npos) << program.errors;
@@ -144,7 +229,7 @@ TEST(Lumowatch, NoLibraryExitsWithTwo) {
 
 TEST(Lumowatch, LibraryWithoutTheFunctionExitsWithTwo) {
     setenv("LUMO_LIBRARY", "libm.so.6", 1);
-    Program program({"1"});
+    Program program({"-Seconds=1"});
     EXPECT_EQ(program.finish(), 2);
     unsetenv("LUMO_LIBRARY");
     EXPECT_NE(program.errors.find("NewDisplayStream"), std::string::npos) << program.errors;
@@ -156,14 +241,73 @@ protected:
     XServer server;
 };
 
-TEST_F(OnServer, TellsChangesAndEndsAfterItsTime) {
-    Program program({"0.3"});
+TEST_F(OnServer, TellsChangesAndEndsAfterItsGrabs) {
+    Program program({"-Grabs=1"});
     EXPECT_EQ(program.finish(), 0);
     EXPECT_NE(program.output.find("changed  640x480+0+0"), std::string::npos) << program.output;
     EXPECT_NE(program.output.find("grabbed  640x480+0+0"), std::string::npos);
-    EXPECT_NE(program.output.find("1 frames, 1 grabs, 307200 changed pixels, 0 moved areas"),
+    EXPECT_NE(program.output.find("1 frame, 1 grab, 307200 changed pixels, 0 moved areas"),
               std::string::npos);
     EXPECT_EQ(program.errors, "");
+}
+
+TEST_F(OnServer, EndsAfterItsTime) {
+    Program program({"-Seconds=1", "-Events=none"});
+    EXPECT_EQ(program.finish(), 0);
+    EXPECT_EQ(program.output, "");
+    EXPECT_EQ(program.errors, "");
+}
+
+TEST_F(OnServer, ListsItsDisplays) {
+    Program program({"-ListDisplays"});
+    EXPECT_EQ(program.finish(), 0);
+    EXPECT_TRUE(holds(program.output, "  640x480+0+0  main\n")) << program.output;
+    const std::string identifier = std::to_string(std::stoul(program.output));
+    Program chosen({"-Display=" + identifier, "-Grabs=1"});
+    EXPECT_EQ(chosen.finish(), 0);
+    EXPECT_TRUE(holds(chosen.output, "grabbed  640x480+0+0"));
+}
+
+TEST_F(OnServer, AnUnknownDisplayExitsWithTwo) {
+    Program program({"-Display=123456789"});
+    EXPECT_EQ(program.finish(), 2);
+    EXPECT_EQ(program.errors,
+              "lumowatch: there is no display 123456789; -ListDisplays prints them\n");
+}
+
+TEST_F(OnServer, JsonLinesAreJson) {
+    Program program({"-Log=*:stderr:100", "-Grabs=1", "-Events=json"});
+    EXPECT_EQ(program.finish(), 0);
+    std::vector<std::string> events;
+    std::istringstream lines(program.output);
+    for (std::string line; std::getline(lines, line);)
+        events.push_back(nlohmann::json::parse(line).at("event"));
+    EXPECT_EQ(events, (std::vector<std::string>{"changed", "grab", "summary"}));
+    EXPECT_TRUE(holds(program.errors, "ConfigParameter: set Grabs(Int) to 1")) << program.errors;
+    EXPECT_TRUE(holds(program.errors, "ScreenWatch: Watching display ")) << program.errors;
+}
+
+// The program and the library that it loads share one set of writers and destinations.
+TEST_F(OnServer, TheLibrarysOwnWritersFollowTheSetting) {
+    Program program({"-Log=DynamicFn:stderr:110", "-Grabs=1"});
+    EXPECT_EQ(program.finish(), 0);
+    EXPECT_EQ(program.errors.find("DynamicFn: found 'CGDisplayCreateImageForRect' in '"), 0u)
+        << program.errors;
+    Program listing({"-help", "all"});
+    EXPECT_EQ(listing.finish(), 0);
+    EXPECT_TRUE(holds(listing.output, "ScreenWatch")) << "the platform layer is linked";
+}
+
+TEST_F(OnServer, LogsGoToAFile) {
+    char name[] = "/tmp/LumowatchTest.XXXXXX";
+    const std::string folder = mkdtemp(name);
+    Program program({"-LogDir", folder, "-LogFile=own.log", "-Log=*:file:100", "-Grabs=1"});
+    EXPECT_EQ(program.finish(), 0);
+    EXPECT_EQ(program.errors, "");
+    std::ostringstream log;
+    log << std::ifstream(folder + "/own.log").rdbuf();
+    EXPECT_TRUE(holds(log.str(), " ScreenWatch: Watching display ")) << log.str();
+    std::filesystem::remove_all(folder);
 }
 
 class EndSignal : public OnServer, public testing::WithParamInterface<int> {};
@@ -173,7 +317,7 @@ TEST_P(EndSignal, EndsCleanlyWithTheSummary) {
     ASSERT_TRUE(program.waitForOutput("grabbed"));
     program.signal(GetParam());
     EXPECT_EQ(program.finish(), 0);
-    EXPECT_NE(program.output.find(" s: 1 frames"), std::string::npos) << program.output;
+    EXPECT_NE(program.output.find(" s: 1 frame"), std::string::npos) << program.output;
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndSignal, testing::Values(SIGINT, SIGTERM));
@@ -181,7 +325,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, EndSignal, testing::Values(SIGINT, SIGTERM));
 TEST_F(OnServer, WritesPictures) {
     char name[] = "/tmp/LumowatchTest.XXXXXX";
     const std::string folder = mkdtemp(name);
-    Program program({"0", folder});
+    Program program({"-png", folder});
     ASSERT_TRUE(program.waitForOutput("grab-00001.png"));
     Painter painter(server.display());
     painter.fill(10, 20, 30, 40, 0xff0000);
@@ -210,7 +354,7 @@ TEST_F(OnServer, ServerThatDiesEndsItWithTwo) {
     server.kill();
     EXPECT_EQ(program.finish(), 2);
     EXPECT_NE(program.output.find("the display is gone"), std::string::npos) << program.output;
-    EXPECT_NE(program.output.find(" s: 1 frames"), std::string::npos);
+    EXPECT_NE(program.output.find(" s: 1 frame"), std::string::npos);
 }
 
 TEST_F(OnServer, KilledHostLeavesNoSharedMemory) {
