@@ -125,6 +125,7 @@ int getEncType(const char* name, plat::String* base, plat::String* rest) {
         isKnown = setter.accepted() != nullptr;
         if (isKnown) {
             whole = plat::String(setter.accepted());
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else sets the locale meanwhile
             codeset = plat::String(::nl_langinfo(CODESET));
         }
     }
