@@ -16,9 +16,10 @@
 #include "loc/OsLocale.h"
 #include "os/mac/NSUtil.h"
 
-// The runtime's tables of classes and selectors are never freed.
+// The runtime's tables of classes and selectors are never freed, nor is what the C library makes of
+// LOCPATH.
 extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libobjc.so\n";
+    return "leak:libobjc.so\nleak:argz_add_sep\n";
 }
 
 // Locks of the two libraries are taken in either order, when they start.
