@@ -131,8 +131,15 @@ Configuration::Configuration(const Configuration& other)
     : Configuration(other.name.get(), other.description) {
     aliases = other.aliases;
     ownsParameters = true;
-    for (ParameterIterator it(&other, true); it.param != nullptr; it.next())
-        it.param->clone(this);
+    for (ParameterIterator it(&other, true); it.param != nullptr; it.next()) {
+        ConfigParameter* const cloned = parameters;
+        try {
+            it.param->clone(this);
+        } catch (...) {
+            parameters = cloned; // the one that could not be made is registered, but gone
+            throw;
+        }
+    }
 }
 
 Configuration::~Configuration() {

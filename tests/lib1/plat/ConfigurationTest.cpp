@@ -294,6 +294,28 @@ TEST_F(ConfigurationTest, CopyKeepsKindsAndAllValues) {
     EXPECT_TRUE(copy.get("Big")->setParam("any text", 50)); // it has become one
 }
 
+/// Refuses to be copied, after it was registered with the copy.
+class UniqueParameter : public BoolParameter {
+public:
+    using BoolParameter::BoolParameter;
+    ConfigParameter* clone(Configuration* into) override {
+        return new UniqueParameter(*this, into);
+    }
+
+private:
+    UniqueParameter(const UniqueParameter& source, Configuration* into)
+        : BoolParameter(source, into) {
+        throw std::string("unique");
+    }
+};
+
+TEST_F(ConfigurationTest, FailedCopyDeletesTheClonesThatWereMade) {
+    const UniqueParameter unique("Unique", "", false, false, &config);
+    const StringParameter text("Text", "", "a", false, &config); // leak checkers watch its clone
+    EXPECT_THROW(Configuration{config}, std::string);
+    EXPECT_THAT(namesOf(config), ElementsAre("Text", "Unique"));
+}
+
 TEST_F(ConfigurationTest, ClearEmptiesTheList) {
     IntParameter param("A", "", 1, false, &config);
     Configuration copy(config);
