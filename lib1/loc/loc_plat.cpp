@@ -85,7 +85,7 @@ static constexpr loc::BuiltInString table[] = {
      "Les valeurs peuvent être indiquées avec «\u00A0-<param> <value>\u00A0».\n"
      "Les autres formes valides sont «\u00A0<param>=<value>\u00A0», "
      "«\u00A0-<param>=<value>\u00A0» et «\u00A0--<param>=<value>\u00A0».\n"
-     "Les noms ne tiennent pas compte de la casse.  Les paramètres valides sont répertoriés "
+     "Les noms ne sont pas sensibles à la casse.  Les paramètres valides sont répertoriés "
      "ci-dessous."},
     {"fr", "plat_missing_argument", "Argument manquant : '%S'."},
     {"fr", "plat_param_log",
