@@ -147,31 +147,42 @@ INSTANTIATE_TEST_SUITE_P(Languages, LocaleDescription,
                                                         "Configuración regional que utilizar. "},
                                          DescriptionRow{"fr", "Langue à utiliser. "}));
 
-struct MissingRow {
-    const char* locale;
-    const char* id;
-    friend void PrintTo(const MissingRow& row, std::ostream* out) {
-        *out << row.locale << ' ' << row.id;
-    }
-};
-class MissingText : public testing::TestWithParam<MissingRow> {};
-TEST_P(MissingText, IsMeantToBeMissing) {
-    EXPECT_EQ(textOf(GetParam().locale, GetParam().id), nullptr);
+// A locale's map falls back to the English texts, so that each row stands for those too.
+class MissingText : public testing::TestWithParam<const char*> {};
+TEST_P(MissingText, IsMeantToBeMissingInEveryLanguage) {
+    for (const char* locale : {"de", "es", "fr", "en"})
+        EXPECT_EQ(textOf(locale, GetParam()), nullptr) << locale;
 }
-INSTANTIATE_TEST_SUITE_P(Rows, MissingText,
-                         testing::Values(MissingRow{"en", "loc_period_day_sing"},
-                                         MissingRow{"de", "loc_period_day_sing"},
-                                         MissingRow{"es", "loc_period_hour_sing"},
-                                         MissingRow{"de", "loc_period_minute_sing"},
-                                         MissingRow{"fr", "loc_period_day_zerosing"},
-                                         MissingRow{"fr", "loc_period_hour_zerosing"},
-                                         MissingRow{"fr", "loc_period_minute_zerosing"},
-                                         MissingRow{"en", "loc_byterate_tera_zeromany"},
-                                         MissingRow{"fr", "loc_byterate_tera_many"},
-                                         MissingRow{"fr", "loc_bytesize_unit_singplural"},
-                                         MissingRow{"de", "loc_bytesize_unit_many"},
-                                         MissingRow{"en", "loc_bytesize_kilo"},
-                                         MissingRow{"en", "loc_timedate"}));
+INSTANTIATE_TEST_SUITE_P(Ids, MissingText,
+                         testing::Values("loc_period_day_sing", "loc_period_hour_sing",
+                                         "loc_period_minute_sing", "loc_period_day_zerosing",
+                                         "loc_period_hour_zerosing", "loc_period_minute_zerosing",
+                                         "loc_byterate_tera_sing", "loc_byterate_tera_zeromany",
+                                         "loc_byterate_tera_zerosing", "loc_byterate_tera_many",
+                                         "loc_bytesize_unit_singplural", "loc_bytesize_kilo",
+                                         "loc_timedate"));
+
+class FrenchForm : public testing::TestWithParam<const char*> {};
+TEST_P(FrenchForm, IsMissingInOtherLanguages) {
+    EXPECT_NE(textOf("fr", GetParam()), nullptr);
+    for (const char* locale : {"de", "es", "en"})
+        EXPECT_EQ(textOf(locale, GetParam()), nullptr) << locale;
+}
+INSTANTIATE_TEST_SUITE_P(Ids, FrenchForm,
+                         testing::Values("loc_bytesize_unit_many", "loc_bytesize_unit_zerosing",
+                                         "loc_byterate_kilo_many", "loc_period_day_many",
+                                         "loc_period_second_zerosing"));
+
+class EnglishOnly : public testing::TestWithParam<const char*> {};
+TEST_P(EnglishOnly, IsTheEnglishEntryInEveryLanguage) {
+    const LocalesInForce english{"en"};
+    for (const char* locale : {"de", "es", "fr"}) {
+        const LocalesInForce locales{locale};
+        EXPECT_EQ(locales.map.get(GetParam()), english.map.get(GetParam())) << locale;
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Ids, EnglishOnly,
+                         testing::Values("loc_time_tomorrow", "loc_time_yesterday"));
 
 TEST(FrenchPlural, OfOneKilobyteIsTheZerosingForm) {
     const LocalesInForce locales{"fr"};

@@ -290,6 +290,22 @@ TEST_F(ConfigurationArgsTest, SpeaksTheUsersLanguage) {
     EXPECT_EQ(process({"foo"}), "Argument incorrect : 'foo'.");
 }
 
+TEST(ConfigurationArgs, IdsStandForTheTextsBeforeTheProcessHasLocales) {
+    Configuration config("Test", nullptr);
+    const char* args[] = {"foo", nullptr};
+    try {
+        config.processParamArgs(args, recordUsage);
+        ADD_FAILURE() << "no exception";
+    } catch (const plat::Exception& failure) {
+        EXPECT_STREQ(failure.message.get(), "plat_bad_argument  plat_run_with_help");
+    }
+}
+
+TEST_F(ConfigurationArgsTest, ReportsWhatIsNoUtf8AsItIs) {
+    EXPECT_EQ(process({"\xFF\xC3"}), "Bad argument '\xFF\xC3'.");
+    EXPECT_EQ(process({"\xFF=\xFF", "-width=\xFF"}), "Bad argument '\xFF=\xFF'.");
+}
+
 TEST_F(ConfigurationArgsTest, PassesOnBadUtf8) {
     const char* oneWord[] = {"logging=\xFF", nullptr};
     const char* twoWords[] = {"-logging", "\xFF", nullptr};

@@ -81,6 +81,14 @@ TEST_F(ConfigurationUsageTest, ListsNameDescriptionAndValue) {
                         "  Width          - In columns. (default=100)\n");
 }
 
+TEST(ConfigurationUsage, IdStandsForTheTextBeforeTheProcessHasLocales) {
+    Configuration config("Test", nullptr);
+    const BoolParameter flag("Verbose", "Say more.", false, false, &config);
+    EXPECT_EQ(ConfigurationUsageTest::listed(config, false, true, 79, 14),
+              "Test Parameters:\n"
+              "  Verbose        - Say more. (plat_configuration_help_default=0)\n");
+}
+
 TEST_F(ConfigurationUsageTest, LeavesValuesOutIfToldSo) {
     const BoolParameter flag("Verbose", "Say more.", false, false, &config);
     EXPECT_EQ(listed(false, false), "Test Parameters:\n"
