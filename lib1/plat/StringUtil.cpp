@@ -1,6 +1,7 @@
 #include "plat/StringUtil.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -42,6 +43,19 @@ std::unique_ptr<char[]> dupBytes(const char* bytes, std::size_t count) {
 /// Tells whether the system's conversions take a base; for others they need not say where they end.
 bool isBase(int base) noexcept {
     return base == 0 || (base >= 2 && base <= 36);
+}
+
+/// The base to convert a text with, so that every system reads the same number: some take "0b" for
+/// a prefix too, in the bases 0 and 2, and others end the number behind that 0.
+int portableBase(const char* text, int base) noexcept {
+    if (base != 0 && base != 2)
+        return base;
+    while (std::isspace(static_cast<unsigned char>(*text)) != 0)
+        ++text;
+    if (*text == '+' || *text == '-')
+        ++text;
+    const bool isBinary = text[0] == '0' && (text[1] == 'b' || text[1] == 'B');
+    return isBinary ? 8 : base;
 }
 
 /// Takes out what an out pointer holds. The pointer is null from then on, so that it does not
@@ -117,7 +131,7 @@ bool strToInt(int* out, const char** text, int base) noexcept {
         return false;
     const ErrnoKeeper keeper;
     char* end = nullptr;
-    const long value = std::strtol(*text, &end, base);
+    const long value = std::strtol(*text, &end, portableBase(*text, base));
     // A long of 64 bits reports no range error for what an int cannot hold.
     const bool outside =
         value > std::numeric_limits<int>::max() || value < std::numeric_limits<int>::min();
@@ -145,7 +159,7 @@ bool strToUint(unsigned* out, const char** text, int base) noexcept {
         return false;
     const ErrnoKeeper keeper;
     char* end = nullptr;
-    const unsigned long value = std::strtoul(*text, &end, base);
+    const unsigned long value = std::strtoul(*text, &end, portableBase(*text, base));
     const bool outside = value > std::numeric_limits<unsigned>::max();
     const bool hasMinus = std::memchr(*text, '-', std::size_t(end - *text)) != nullptr;
     if (end == *text || outside || keeper.sawRangeError() || hasMinus)
