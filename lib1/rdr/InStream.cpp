@@ -270,8 +270,13 @@ int InStream::readLine(plat::DString* line, int maxLen) {
         line->ensureCapacity(int(std::min<std::int64_t>(needed, std::numeric_limits<int>::max())));
         return line->get();
     };
-    const bool isEnded =
-        reader.read(std::int64_t(maxLen <= 0 ? defaultMaxLine : maxLen) + 1, roomFor);
+    bool isEnded = false;
+    try {
+        isEnded = reader.read(std::int64_t(maxLen <= 0 ? defaultMaxLine : maxLen) + 1, roomFor);
+    } catch (...) {
+        line->get()[reader.length] = '\0';
+        throw;
+    }
     line->get()[reader.length] = '\0';
     if (!isEnded)
         throw StringTooLongException();

@@ -82,7 +82,8 @@ public:
     /// of the stream needs no '\n'. NULs are bytes like others.
     /// Shape: `maxLen` is the length of the longest line in bytes; 0 and less stand for 262144.
     /// Errors: throws StringTooLongException for a longer line, with `maxLen` + 1 of its bytes read
-    /// and in `line`. At the end of the data, passes on what overrun() throws.
+    /// and in `line`. At the end of the data, passes on what overrun() throws. With every other
+    /// error `line` holds what was read so far.
     int readLine(plat::DString* line, int maxLen = 0);
     /// Reads a line as above into an array. A result of `size` says that the array is full: there
     /// is no NUL, and the rest of the line, if only its '\n', is what the next call reads.

@@ -119,8 +119,10 @@ bool FilePtr::readLine(DString* line) {
         line->ensureCapacity(
             int(std::min<std::int64_t>(2 * length + 2, std::numeric_limits<int>::max())));
     }
-    if (std::feof(file) == 0)
+    if (std::feof(file) == 0) {
+        line->get()[length] = '\0'; // bytes may stand there, without a NUL
         throw SystemException("Error reading from file", errno);
+    }
     return isAnyRead;
 }
 

@@ -537,6 +537,16 @@ TEST(InStreamLine, PassesOtherExceptionsOn) {
     EXPECT_EQ(line(in), "");
 }
 
+TEST(InStreamLine, IsAStringAlsoWhenItsReadingFails) {
+    for (const SourceStep& failure : {fails, noData, throwsBlock}) {
+        ScriptedInStream in({bytes("ab"), failure}, false);
+        plat::DString read;
+        read.append(std::string(40, 'x').c_str());
+        EXPECT_THROW(in.readLine(&read, 0), plat::Exception);
+        EXPECT_STREQ(read.get(), "ab");
+    }
+}
+
 TEST(InStreamLine, IsReadAgainAfterALackOfData) {
     ScriptedInStream in({bytes("ab\r"), noData, bytes("c"), throwsBlock, bytes("\nd")});
     EXPECT_THROW(line(in), BlockException);

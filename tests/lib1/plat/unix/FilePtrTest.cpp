@@ -297,6 +297,25 @@ TEST(FilePtrReadLine, TellsAReadError) {
     EXPECT_STREQ(line.get(), "");
 }
 
+TEST(FilePtrReadLine, LeavesAStringWhenItFailsHalfway) {
+    // Gives some bytes, and then an error.
+    static int reads = 0;
+    const cookie_io_functions_t functions{[](void*, char* to, std::size_t) -> ::ssize_t {
+                                              if (++reads == 1) {
+                                                  std::memcpy(to, "ab", 2);
+                                                  return 2;
+                                              }
+                                              errno = EIO;
+                                              return -1;
+                                          },
+                                          nullptr, nullptr, nullptr};
+    FilePtr file(::fopencookie(nullptr, "r", functions));
+    plat::DString line;
+    line.append(std::string(40, 'x').c_str());
+    EXPECT_EQ(thrown([&] { file.readLine(&line); }), systemFailure("Error reading from file", EIO));
+    EXPECT_STREQ(line.get(), "") << "the bytes of the piece that failed are not there";
+}
+
 TEST(FilePtrSetInheritable, ClosesOnExecWhateverIsAsked) {
     const TempDir dir;
     const std::string path = dir.write("file", "");
