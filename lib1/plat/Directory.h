@@ -25,8 +25,9 @@ bool isDir(const char* path) noexcept;
 /// from group and others.
 void fileMakePrivate(const char* path);
 
-/// Removes a directory; with `isRecursive` what is in it, too. Symbolic links are removed, not
-/// followed.
+/// Removes a directory; with `isRecursive` what is in it, too. Symbolic links in it are removed,
+/// not followed. A path that is itself one is: its directory is emptied, and then removing the link
+/// as a directory fails.
 void rmDir(const char* path, bool isRecursive);
 /// Errors: with `isRecursive`, throws for a file in it that cannot be removed.
 bool rmDirNoThrow(const char* path, bool isRecursive);

@@ -152,6 +152,17 @@ TEST(BufferedInStream, HasRoomForAMessageOfItsSize) {
     EXPECT_EQ(in.pos(), 8);
 }
 
+TEST(BufferedInStream, ReadsNothingLongerThanItsBufferWhereItCanRewind) {
+    const std::string tooLong = ": InStream overrun: buffer size exceeded";
+    PieceInStream line({"abcdefgh\n"}, 4);
+    plat::DString read;
+    EXPECT_EQ(thrown([&] { line.readLine(&read); }), tooLong);
+    EXPECT_STREQ(read.get(), "abcd");
+    PieceInStream item({"abcdefgh"}, 4);
+    unsigned char scratch[5];
+    EXPECT_EQ(thrown([&] { item.getItem_(scratch, 5); }), tooLong);
+}
+
 TEST(BufferedInStream, ReadsAnyLengthWithoutRewinding) {
     PieceInStream in({std::string(1000, 'x') + "\nabc"}, 4, false);
     plat::DString line;

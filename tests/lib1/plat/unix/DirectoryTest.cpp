@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,6 +19,22 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+int chmodError = 0; // what chmod() fails with, if not 0
+
+} // namespace
+
+// This stands in front of the C library's, also for the library.
+extern "C" __attribute__((visibility("default"))) int chmod(const char* path,
+                                                            mode_t mode) noexcept {
+    if (chmodError != 0) {
+        errno = chmodError;
+        return -1;
+    }
+    return ::fchmodat(AT_FDCWD, path, mode, 0);
+}
+
+namespace {
 
 unsigned modeOf(const std::string& path) {
     struct stat status = {};
@@ -205,6 +222,25 @@ TEST_F(MkDirMatchParent, SaysWhatItCannotDo) {
     });
 }
 
+TEST_F(MkDirMatchParent, SaysWhereItCannotTakeThePermissions) {
+    chmodError = EROFS;
+    EXPECT_EQ(thrown([&] { plat::mkDirMatchParent((dir / "new").c_str(), false); }),
+              systemFailure("mkDirMatchParent/chmod", EROFS));
+    chmodError = 0;
+    EXPECT_EQ(modeOf(dir / "new"), 0700U) << "it was never open to others";
+}
+
+TEST_F(MkDirMatchParent, LooksForTheParentByTheText) {
+    // The new directory comes to "x", beside what the link leads to; the text says "a/x".
+    fs::create_directories(dir / "x");
+    fs::create_directories(dir / "target");
+    fs::create_directories(dir / "a");
+    fs::create_directory_symlink(dir / "target", dir / "a/link");
+    EXPECT_EQ(thrown([&] { plat::mkDirMatchParent((dir / "a/link/../x/new").c_str(), false); }),
+              systemFailure("mkDirMatchParent/stat", ENOENT));
+    EXPECT_EQ(modeOf(dir / "x/new"), 0700U);
+}
+
 TEST_F(MkDirMatchParent, ChangesNothingThatExists) {
     fs::create_directory(dir / "there");
     ::chmod((dir / "there").c_str(), 0775);
@@ -248,6 +284,10 @@ TEST_F(FileMakePrivate, SaysWhatItCannotDo) {
               systemFailure("fileMakePrivate/stat(" + dir / "none" + ")", ENOENT));
     ::chmod(dir.get(), 0755);
     const std::string path = dir.write("file", "");
+    chmodError = EROFS;
+    EXPECT_EQ(thrown([&] { plat::fileMakePrivate(path.c_str()); }),
+              systemFailure("fileMakePrivate/chmod(" + path + ")", EROFS));
+    chmodError = 0;
     asOrdinaryUser([&] {
         struct stat status = {};
         ::stat(path.c_str(), &status);
@@ -321,6 +361,19 @@ TEST_F(RmDir, RemovesLinksAndNotWhatTheyLeadTo) {
     EXPECT_TRUE(plat::rmDirNoThrow((dir / "tree").c_str(), true));
     EXPECT_FALSE(fs::exists(dir / "tree"));
     EXPECT_EQ(TempDir::read(dir / "kept/file"), "x");
+}
+
+TEST_F(RmDir, EmptiesTheDirectoryThatItsPathLeadsTo) {
+    fs::create_directory(dir / "emptied");
+    dir.write("emptied/file", "x");
+    fs::create_directory_symlink("emptied", dir / "link");
+    const std::string path = dir / "link";
+    EXPECT_FALSE(plat::rmDirNoThrow(path.c_str(), true));
+    EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_TRUE(fs::is_empty(dir / "emptied"));
+    EXPECT_EQ(thrown([&] { plat::rmDir(path.c_str(), true); }),
+              systemFailure("rmDir(" + path + ")", ENOTDIR));
+    EXPECT_TRUE(fs::is_symlink(path));
 }
 
 TEST_F(RmDir, GoesDeep) {
