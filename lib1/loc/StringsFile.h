@@ -11,6 +11,11 @@ class InStream;
 /// entry with an empty id is skipped. There are no contexts, plural ids or flags: plural forms are
 /// entries of their own, with suffixes behind the id. See unescapeString.h for quoted strings.
 ///
+/// Files that gettext's tools write can be read in their default layout, wrapped or not; the
+/// encoding is UTF-8 whatever the header says, and fuzzy entries count. What is not supported is
+/// reported line by line: a context is left out, and an entry with a plural id stays without a text
+/// of its own, so that it takes that of the entry behind it.
+///
 /// The cost grows with the length of the file alone. A line has at most 262144 bytes.
 /// Threads: the manager's texts are changed without a lock, see Localize.
 namespace loc {
