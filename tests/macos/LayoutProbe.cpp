@@ -1,7 +1,5 @@
-// Makes the compiler lay out every class whose members or virtual operations stand in a fixed order.
-// Never run: its layouts are printed and compared with layouts.txt.
-#include "lumoscreenhelper/DisplayStreamImpl.h"
-#include "lumoscreenhelper/DisplayStreamPerDisplay.h"
+// Makes the compiler lay out every class whose members or virtual operations stand in a fixed
+// order. Never run: its layouts are printed and compared with layouts.txt.
 #include "loc/LString.h"
 #include "loc/LibcLocale.h"
 #include "loc/LocaleSetter.h"
@@ -9,6 +7,8 @@
 #include "loc/PluralRule.h"
 #include "loc/TransMap.h"
 #include "loc/Translation.h"
+#include "lumoscreenhelper/DisplayStreamImpl.h"
+#include "lumoscreenhelper/DisplayStreamPerDisplay.h"
 #include "os/mac/CGUtil.h"
 #include "plat/Assertion.h"
 #include "plat/BinaryParameter.h"
@@ -67,10 +67,10 @@ void probe(Classes*... objects) {
     (destroy(objects), ...);
 }
 
-template void
-probe(svr::DisplayStreamClient*, svr::DisplayStreamSource*, DisplayStreamPerDisplay*, plat::Logger*,
-      plat::Thread*, plat::ThreadRunner*, rdr::InStream*, rdr::BufferedInStream*,
-      rdr::FileInStream*, rdr::OutStream*, rdr::MemOutStream*, plat::ParameterChangedCallback*,
-      plat::ConfigParameter*, plat::BoolParameter*, plat::IntParameter*, plat::StringParameter*,
-      plat::EnumParameter*, plat::BinaryParameter*, plat::S64Parameter*, plat::ParameterAlias*,
-      plat::Configuration::CanonicalizeCallback*, loc::Localize*);
+template void probe(svr::DisplayStreamClient*, svr::DisplayStreamSource*, DisplayStreamPerDisplay*,
+                    plat::Logger*, plat::Thread*, plat::ThreadRunner*, rdr::InStream*,
+                    rdr::BufferedInStream*, rdr::FileInStream*, rdr::OutStream*, rdr::MemOutStream*,
+                    plat::ParameterChangedCallback*, plat::ConfigParameter*, plat::BoolParameter*,
+                    plat::IntParameter*, plat::StringParameter*, plat::EnumParameter*,
+                    plat::BinaryParameter*, plat::S64Parameter*, plat::ParameterAlias*,
+                    plat::Configuration::CanonicalizeCallback*, loc::Localize*);
