@@ -1,14 +1,17 @@
 #include "rdr/InStream.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
 
+#include "plat/ByteVector.h"
 #include "plat/CopyBytes.h"
 #include "plat/SecureString.h"
+#include "plat/Word.h"
 #include "rdr/BlockException.h"
 #include "rdr/EndOfMsg.h"
 #include "rdr/EndOfStream.h"
@@ -42,13 +45,31 @@ std::unique_ptr<char[]> newString(std::uint32_t length) {
     return std::unique_ptr<char[]>(new char[std::size_t(size)]);
 }
 
-/// Copies the bytes of a line, and leaves the '\r's out. Returns how many are left.
-int copyWithoutReturns(char* to, const unsigned char* from, int count) noexcept {
-    if (std::memchr(from, '\r', std::size_t(count)) == nullptr) {
-        plat::copyBytes(to, from, std::size_t(count));
-        return count;
+/// A bit for each byte of a piece that is '\n' or '\r', the first one's the lowest.
+std::uint32_t lineBytes(const char* piece) noexcept {
+    constexpr plat::ByteVector weights = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const plat::ByteVector bytes = plat::loadVector(piece);
+    const auto found = plat::ByteVector(bytes == '\n') | plat::ByteVector(bytes == '\r');
+    std::uint64_t halves[2];
+    plat::storeVector(halves, found & weights);
+    // The highest byte of a product is the sum of all bytes.
+    constexpr auto ones = plat::eachByte<std::uint64_t>(1);
+    return std::uint32_t(halves[0] * ones >> 56 | halves[1] * ones >> 56 << 8);
+}
+
+/// Finds the first '\n' or '\r' among `count` bytes; `count` if there is none. In one pass, and in
+/// steps so large that how many a line takes can be foreseen.
+int findLineByte(const char* bytes, int count) noexcept {
+    constexpr int step = sizeof(plat::ByteVector);
+    int i = 0;
+    for (; count - i >= 2 * step; i += 2 * step) {
+        const std::uint32_t found = lineBytes(bytes + i) | lineBytes(bytes + i + step) << step;
+        if (found != 0)
+            return i + std::countr_zero(found);
     }
-    return int(std::remove_copy(from, from + count, to, '\r') - to);
+    while (i < count && bytes[i] != '\n' && bytes[i] != '\r')
+        ++i;
+    return i;
 }
 
 /// Holds an array that shall not be freed as it is.
@@ -230,23 +251,21 @@ struct InStream::LineReader {
     InStream& in;
     std::int64_t length = 0; ///< bytes stored
 
-    /// Stores bytes up to and without a '\n', or until `limit` are stored; `roomFor(n)` gives the
-    /// array with room for n more bytes. Returns whether the line has ended, be it with the data.
-    template <typename RoomFor>
-    bool read(std::int64_t limit, RoomFor roomFor) {
+    /// Stores bytes up to and without a '\n', or until `limit` are stored; `store(bytes, n, m)`
+    /// stores n bytes, of m that can be read. Returns whether the line has ended, be it with the
+    /// data.
+    template <typename Store>
+    bool read(std::int64_t limit, Store store) {
         try {
             while (length < limit) {
                 const int searched = in.piece(limit - length);
-                const unsigned char* const start = in.ptr;
-                const auto* const newline = static_cast<const unsigned char*>(
-                    std::memchr(start, '\n', std::size_t(searched)));
-                const int n = newline == nullptr ? searched : int(newline - start);
-                length += copyWithoutReturns(roomFor(n) + length, start, n);
+                const auto* const start = reinterpret_cast<const char*>(in.ptr);
+                const int n = findLineByte(start, searched);
+                store(start, n, searched);
+                length += n;
                 in.ptr += n;
-                if (newline != nullptr) {
-                    ++in.ptr;
+                if (n < searched && *in.ptr++ == '\n') // '\r' is left out
                     return true;
-                }
             }
         } catch (const EndOfStream&) {
             if (length == 0)
@@ -262,17 +281,25 @@ struct InStream::LineReader {
 };
 
 int InStream::readLine(plat::DString* line, int maxLen) {
-    line->ensureCapacity(smallestLineSize);
+    if (line->capacity() < smallestLineSize)
+        line->ensureCapacity(smallestLineSize);
     line->get()[0] = '\0';
     LineReader reader{*this};
-    const auto roomFor = [&](int n) {
+    const auto store = [&](const char* bytes, int n, int readable) {
         const std::int64_t needed = reader.length + n + 1;
-        line->ensureCapacity(int(std::min<std::int64_t>(needed, std::numeric_limits<int>::max())));
-        return line->get();
+        if (needed > line->capacity())
+            line->ensureCapacity(
+                int(std::min<std::int64_t>(needed, std::numeric_limits<int>::max())));
+        char* const to = line->get() + reader.length;
+        constexpr int piece = smallestLineSize;
+        if (n <= piece && readable >= piece && line->capacity() - reader.length >= piece)
+            std::memcpy(to, bytes, piece); // more than needed, but without a choice to guess
+        else
+            plat::copyBytes(to, bytes, std::size_t(n));
     };
     bool isEnded = false;
     try {
-        isEnded = reader.read(std::int64_t(maxLen <= 0 ? defaultMaxLine : maxLen) + 1, roomFor);
+        isEnded = reader.read(std::int64_t(maxLen <= 0 ? defaultMaxLine : maxLen) + 1, store);
     } catch (...) {
         line->get()[reader.length] = '\0';
         throw;
@@ -287,7 +314,10 @@ int InStream::readLine(char* dest, int size) {
     if (size < 1)
         return 0;
     LineReader reader{*this};
-    if (reader.read(size, [dest](int) { return dest; }))
+    const auto store = [&](const char* bytes, int n, int) {
+        plat::copyBytes(dest + reader.length, bytes, std::size_t(n));
+    };
+    if (reader.read(size, store))
         dest[reader.length] = '\0';
     return int(reader.length);
 }

@@ -520,6 +520,17 @@ TEST_P(InStreamLines, AreReadIntoAnArray) {
     }
 }
 
+TEST(InStreamLine, MayHaveItsLastByteAndAReturnAnywhere) {
+    for (std::size_t length = 0; length <= 130; ++length) {
+        for (std::size_t place = 0; place <= length; ++place) {
+            const std::string text(length, '\x8A'); // '\n' with the top bit
+            ScriptedInStream in({bytes(std::string(text).insert(place, "\r") + "\nnext\n")});
+            ASSERT_EQ(line(in), text) << place;
+            ASSERT_EQ(line(in), "next");
+        }
+    }
+}
+
 TEST(InStreamLine, EndsWithTheMessageToo) {
     ScriptedInStream in({bytes("ab"), endsMessage, bytes("cd"), endsMessage, endsMessage});
     EXPECT_EQ(line(in), "ab");
