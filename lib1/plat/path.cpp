@@ -20,57 +20,60 @@ char* newText(std::string_view text) {
     return strDup(text.data(), int(text.size()));
 }
 
-/// Builds the canonical form of a path, component by component.
+/// Builds the canonical form of a path, component by component. Byte by byte, too: components are
+/// so short that calls to find and to copy them take longer.
 class CanonicalText {
 public:
-    explicit CanonicalText(std::string_view path)
-        : text(new char[path.size() + 4]), isAbsolute(path.starts_with('/')) {
+    explicit CanonicalText(const char* path)
+        : text(new char[std::strlen(path) + 4]), end(text.get()), isAbsolute(*path == '/') {
         if (isAbsolute)
-            text[length++] = '/';
-        kept = length;
-        while (!path.empty()) {
-            const std::size_t end = std::min(path.find('/'), path.size());
-            add(path.substr(0, end));
-            path.remove_prefix(std::min(end + 1, path.size()));
+            *end++ = '/';
+        kept = end;
+        while (*path != '\0') {
+            path = add(path);
+            if (*path == '/')
+                ++path;
         }
-        if (length == 0)
-            text[length++] = '.';
-        text[length] = '\0';
+        if (end == text.get())
+            *end++ = '.';
+        *end = '\0';
     }
 
     char* release() noexcept { return text.release(); }
 
 private:
-    void add(std::string_view component) noexcept {
-        if (component.empty() || component == ".")
+    /// Appends what counts of the first component of a path, and returns the component's end.
+    const char* add(const char* path) noexcept {
+        char* const before = end;
+        if (end != text.get() && end[-1] != '/')
+            *end++ = '/';
+        const char* const component = end;
+        for (; *path != '/' && *path != '\0'; ++path)
+            *end++ = *path;
+        const std::string_view added(component, std::size_t(end - component));
+        if (added.empty() || added == ".")
+            end = before;
+        else if (added == "..")
+            goUp(before);
+        return path;
+    }
+
+    /// Makes the ".." that has been appended behind `before` count.
+    void goUp(char* before) noexcept {
+        if (before <= kept && !isAbsolute) {
+            kept = end;
             return;
-        if (component != "..") {
-            append(component);
-        } else if (length > kept) {
-            removeLast();
-        } else if (!isAbsolute) {
-            append(component);
-            kept = length;
         }
-    }
-
-    void append(std::string_view component) noexcept {
-        if (length != 0 && text[length - 1] != '/')
-            text[length++] = '/';
-        std::copy(component.begin(), component.end(), text.get() + length);
-        length += component.size();
-    }
-
-    void removeLast() noexcept {
-        while (length > kept && text[length - 1] != '/')
-            --length;
-        if (length > kept)
-            --length;
+        end = before;
+        while (end > kept && end[-1] != '/')
+            --end;
+        if (end > kept)
+            --end;
     }
 
     std::unique_ptr<char[]> text;
-    std::size_t length = 0;
-    std::size_t kept = 0; ///< what no ".." removes: the root, or the ".." in front
+    char* end;            ///< behind the last byte
+    char* kept = nullptr; ///< behind what no ".." removes: the root, or the ".." in front
     bool isAbsolute;
 };
 
@@ -131,7 +134,7 @@ bool hasParentDir(const char* path) noexcept {
 }
 
 CanonicalName::CanonicalName(const char* path) {
-    replaceBuf(CanonicalText(textOf(path)).release());
+    replaceBuf(CanonicalText(path == nullptr ? "" : path).release());
 }
 
 DirName::DirName(const char* path) {
