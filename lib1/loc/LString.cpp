@@ -44,9 +44,18 @@ bool isDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
 
-/// Reads a number of at least 1: digits alone, without the sign and blanks that strToInt takes.
+/// Reads a number from 1 to INT_MAX: digits alone. Moves `*p` behind it, unless it is none.
 bool readNumber(const char** p, int* number) noexcept {
-    return isDigit(**p) && plat::strToInt(number, p, 10) && *number >= 1;
+    constexpr std::int64_t largest = std::numeric_limits<int>::max();
+    std::int64_t value = 0;
+    const char* digit = *p;
+    for (; isDigit(*digit); ++digit)
+        value = std::min(value * 10 + (*digit - '0'), largest + 1);
+    if (value < 1 || value > largest)
+        return false;
+    *p = digit;
+    *number = int(value);
+    return true;
 }
 
 const PrintfArg* findArg(const PrintfArgList& args, int position) noexcept {
