@@ -177,7 +177,11 @@ void Localize::addString(const char* locale, const char* msgid, const char* text
 void Localize::addSanitized(const char* locale, const char* msgid, const char* text, bool copy) {
     TextCache::renew();
     auto& ofLocale = strings[plat::String(locale)];
-    ofLocale[plat::StringCopyOpt(msgid, copy)].set(text, copy);
+    const plat::StringCopyOpt key(msgid, false); // an id that is there already is not copied
+    auto place = ofLocale.lower_bound(key);
+    if (place == ofLocale.end() || key < place->first)
+        place = ofLocale.try_emplace(place, plat::StringCopyOpt(msgid, copy));
+    place->second.set(text, copy);
 }
 
 void Localize::addBuiltInString(const char* locale, const char* msgid, const char* str) {

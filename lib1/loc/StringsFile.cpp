@@ -3,7 +3,6 @@
 #include <cstring>
 #include <limits>
 #include <string>
-#include <utility>
 
 #include "loc/Localize.h"
 #include "loc/unescapeString.h"
@@ -70,10 +69,10 @@ private:
         if (state == State::AfterId)
             throw plat::Exception("Expected msgstr");
         state = State::BeforeId;
-        const std::string id = std::exchange(msgid, {});
-        const std::string text = std::exchange(msgstr, {});
-        if (!id.empty())
-            manager.addString(locale, id.c_str(), text.c_str(), fileName);
+        if (!msgid.empty())
+            manager.addString(locale, msgid.c_str(), msgstr.c_str(), fileName);
+        msgid.clear(); // their memory is for the next entry
+        msgstr.clear();
     }
 
     void takeKeyword() {

@@ -1,7 +1,6 @@
 #include "plat/StringCopyOpt.h"
 
 #include <cstddef>
-#include <cstring>
 
 #include "plat/StringUtil.h"
 
@@ -15,11 +14,5 @@ struct StringCopyOptLayout {
 
 StringCopyOpt::StringCopyOpt(const char* newText, bool copy)
     : text(copy ? strDup(newText) : newText), owned(copy) {}
-
-bool operator<(const StringCopyOpt& a, const StringCopyOpt& b) noexcept {
-    if (a.get() == nullptr || b.get() == nullptr)
-        return a.get() == nullptr && b.get() != nullptr;
-    return std::strcmp(a.get(), b.get()) < 0;
-}
 
 } // namespace plat

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <utility>
 
 namespace plat {
@@ -38,6 +39,10 @@ private:
 };
 
 /// Orders by bytes, null first.
-bool operator<(const StringCopyOpt& a, const StringCopyOpt& b) noexcept;
+inline bool operator<(const StringCopyOpt& a, const StringCopyOpt& b) noexcept {
+    if (a.get() == nullptr || b.get() == nullptr)
+        return a.get() == nullptr && b.get() != nullptr;
+    return std::strcmp(a.get(), b.get()) < 0;
+}
 
 } // namespace plat
