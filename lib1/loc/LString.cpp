@@ -177,12 +177,15 @@ void reportBadFormat(const char* format) {
 LString& LString::xprintf(const char* format, const PrintfArgList& args) {
     if (format == nullptr)
         format = "";
-    const std::size_t length = std::strlen(format);
-    rdr::MemOutStream out(initialSize(length));
+    const char* const end = format + std::strlen(format);
+    rdr::MemOutStream out(initialSize(std::size_t(end - format)));
     bool isBad = false;
     const char* p = format;
-    while (const char* const percent = std::strchr(p, '%')) {
+    for (;;) {
+        const char* const percent = std::find(p, end, '%');
         out.writeBytes(p, int(percent - p));
+        if (percent == end)
+            break;
         Directive directive;
         if (percent[1] == '%') {
             out.writeBytes("%", 1);
@@ -197,7 +200,6 @@ LString& LString::xprintf(const char* format, const PrintfArgList& args) {
             isBad = true;
         }
     }
-    out.writeBytes(p, int(format + length - p));
     const DString old(std::move(*this)); // format and texts may be parts of it
     out.passBufTo(this);
     if (isBad)
