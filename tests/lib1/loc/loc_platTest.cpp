@@ -132,8 +132,9 @@ TEST_P(PlatId, KeepsTheColonsAndPeriodsOfTheEnglishText) {
 
 TEST_P(PlatId, FrenchColonHasAPlainBlankInFront) {
     const std::string text = textOf("fr", GetParam());
-    if (!text.empty() && text.back() == ':')
+    if (!text.empty() && text.back() == ':') {
         EXPECT_TRUE(text.ends_with(" :")) << text;
+    }
 }
 
 TEST_P(PlatId, ReadsAsItIsMeantTo) {
