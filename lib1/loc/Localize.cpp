@@ -138,10 +138,8 @@ void Localize::setTransMapLocales(const std::vector<plat::String>& newLocales, T
     std::vector<plat::String> stringLocales;
     getStringLocales(newLocales, &stringLocales);
     loadStringsFiles(stringLocales);
-    {
-        const std::lock_guard lock(localizeMutex);
-        map->locales = std::move(stringLocales);
-    }
+    const std::lock_guard lock(localizeMutex); // nobody is to see new locales with old texts
+    map->locales = std::move(stringLocales);
     updateTransMap(map);
 }
 
@@ -160,6 +158,7 @@ void Localize::updateTransMap(TransMap* map) {
             continue;
         for (const auto& [msgid, translation] : found->second)
             map->translations.try_emplace(msgid, &translation);
+        TextCache::renew(); // a log destination may have looked plurals up before these were there
     }
 }
 
@@ -199,8 +198,9 @@ const char* localize(msgid_t msgid, const char* file, int line, bool raw) {
     const Translation* const translation = TransMap::getThreadInst()->get(msgid);
     if (translation == nullptr)
         return handleError("Missing translation", file, msgid, line);
-    key.generation = TextCache::generation();
-    return textCache.add(key, translation->get(raw, msgid));
+    const char* const text = translation->get(raw, msgid);
+    key.generation = TextCache::generation(); // the first reading changes it
+    return textCache.add(key, text);
 }
 
 const char* localizePlural(msgid_t msgid, int count, int min, int max, const char* file, int line) {

@@ -4,15 +4,19 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+
+#include "plat/StringUtil.h"
 
 namespace loc {
 
 class TransMap;
 
 /// The texts that one thread has looked up lately: it spares it the lock and the search.
-/// Shape: by the address of an id and by the map; ids are literals. A text is found again only
-/// while no text and no map has changed, in the whole process. Threads: one each; the generation is
-/// everybody's.
+/// Shape: by the address of an id and by the map; ids are literals. The bytes of an id are compared
+/// all the same: an unloaded file may have left its address to another id. A text is found again
+/// only while no text and no map has changed, in the whole process. Threads: one each; the
+/// generation is everybody's.
 class TextCache {
 public:
     /// How a text is asked for. All plural rules tell 0, 1 and the other counts apart at most.
@@ -43,19 +47,29 @@ public:
     /// The text, or null.
     const char* find(const Key& key) const noexcept {
         const Entry& entry = entries[indexOf(key)];
-        return entry.key == key ? entry.text : nullptr;
+        return entry.key == key && std::strcmp(entry.id, key.id) == 0 ? entry.text : nullptr;
     }
 
-    /// Keeps a text, in place of another one, and returns it.
+    /// Keeps a text, in place of another one, unless the id is null or of more than 47 bytes.
+    /// Returns the text.
     const char* add(const Key& key, const char* text) noexcept {
-        entries[indexOf(key)] = {key, text};
+        const int length = plat::strLen(key.id, idSize);
+        if (key.id == nullptr || length == idSize)
+            return text;
+        Entry& entry = entries[indexOf(key)];
+        entry.key = key;
+        entry.text = text;
+        std::memcpy(entry.id, key.id, std::size_t(length) + 1);
         return text;
     }
 
 private:
+    static constexpr int idSize = 48;
+
     struct Entry {
-        Key key{};
+        Key key{}; ///< the one of an empty entry has a null map, which no thread has
         const char* text = nullptr;
+        char id[idSize] = {};
     };
 
     static constexpr std::size_t size = 64;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "loc/LString.h"
+#include "loc/TextCache.h"
 #include "plat/Assertion.h"
 #include "plat/StringUtil.h"
 
@@ -45,6 +46,7 @@ const char* Translation::get(bool raw, msgid_t msgid) const {
 void Translation::finish() const {
     LString finished;
     finished.xprintf(text);
+    TextCache::renew(); // a log destination may have read the unfinished text
     if (owned)
         delete[] text;
     text = finished.takeBuf();

@@ -1,6 +1,7 @@
 #include "loc/TextCache.h"
 
 #include <climits>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -50,6 +51,33 @@ TEST(TextCache, EveryPartOfTheKeyCounts) {
     other = key;
     other.max = 1;
     EXPECT_EQ(cache.find(other), nullptr);
+}
+
+TEST(TextCache, IdThatOtherBytesTookThePlaceOfIsNotFound) {
+    TextCache cache;
+    char place[] = "own_id";
+    cache.add(keyOf(place), text);
+    EXPECT_EQ(cache.find(keyOf(place)), text);
+    place[5] = 'D';
+    EXPECT_EQ(cache.find(keyOf(place)), nullptr);
+    place[5] = '\0';
+    EXPECT_EQ(cache.find(keyOf(place)), nullptr);
+}
+
+TEST(TextCache, KeepsIdsOfUpTo47Bytes) {
+    TextCache cache;
+    const std::string longest(47, 'x');
+    EXPECT_EQ(cache.add(keyOf(longest.c_str()), text), text);
+    EXPECT_EQ(cache.find(keyOf(longest.c_str())), text);
+    const std::string longer(48, 'x');
+    EXPECT_EQ(cache.add(keyOf(longer.c_str()), text), text);
+    EXPECT_EQ(cache.find(keyOf(longer.c_str())), nullptr);
+}
+
+TEST(TextCache, DoesNotKeepANullId) {
+    TextCache cache;
+    EXPECT_EQ(cache.add(keyOf(nullptr), text), text);
+    EXPECT_EQ(cache.find(keyOf(nullptr)), nullptr);
 }
 
 TEST(TextCache, NothingCountsAfterAChange) {
