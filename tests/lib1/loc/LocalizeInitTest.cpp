@@ -17,7 +17,9 @@
 #include "lib1/loc/TestLocales.h"
 #include "lib1/plat/RecordingLogger.h"
 #include "lib1/plat/VirtualSlot.h"
+#include "loc/LString.h"
 #include "loc/LocaleSetter.h"
+#include "loc/TransMap.h"
 #include "plat/Configuration.h"
 #include "plat/StringParameter.h"
 
@@ -237,6 +239,73 @@ TEST_F(LocalizeInit, ThreadsLocaliseWhileTheLocaleChanges) {
     }
     for (int i = 0; i < 30; ++i)
         setLocale(i % 2 == 0 ? "de" : "fr");
+    isDone = true;
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+// Texts of each kind, in three languages; the forms are those of each language.
+void addThings() {
+    struct {
+        const char* locale;
+        const char* one;
+        const char* others;
+        const char* text;
+    } const rows[] = {{"de", "own_things_sing", "own_things_zeromany", "%D Dinge"},
+                      {"fr", "own_things_zerosing", "own_things_many", "%D choses"},
+                      {"en", "own_things_sing", "own_things_zeromany", "%D things"}};
+    for (const auto& row : rows) {
+        Localize::inst().addBuiltInString(row.locale, row.one, row.text);
+        Localize::inst().addBuiltInString(row.locale, row.others, row.text);
+        Localize::inst().addBuiltInString(row.locale, "own_percent", "100 %%");
+    }
+}
+
+std::string threeThings() {
+    loc::LString text;
+    text.xprintf(LUMO_LOCALIZE_PLURAL("own_things", 3, 0, 9), loc::PrintfArgs(3));
+    return text.str();
+}
+
+std::string percent() {
+    return LUMO_LOCALIZE("own_percent");
+}
+
+void pushAndPopMaps() {
+    const LocalesInForce french{"fr"};
+    EXPECT_EQ(threeThings(), "3 choses");
+    {
+        const loc::TransMap empty;
+        EXPECT_EQ(percent(), "own_percent");
+        const loc::LocaleSetter german("de");
+        EXPECT_EQ(threeThings(), "3 Dinge");
+        EXPECT_EQ(percent(), "100 %");
+    }
+    EXPECT_EQ(threeThings(), "3 choses");
+}
+
+TEST_F(LocalizeInit, ThreadsPushAndPopMapsWhileTheLocaleChanges) {
+    addThings();
+    setLocale("fr");
+    std::atomic<bool> isDone = false;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&isDone] {
+            do {
+                EXPECT_THAT(threeThings(), testing::AnyOf("3 Dinge", "3 choses", "3 things"));
+                EXPECT_EQ(percent(), "100 %"); // finished by whoever comes first
+                pushAndPopMaps();
+            } while (!isDone);
+        });
+    }
+    for (int i = 0; i < 20; ++i) {
+        setLocale("de");
+        EXPECT_EQ(threeThings(), "3 Dinge");
+        setLocale("fr");
+        EXPECT_EQ(threeThings(), "3 choses");
+        setLocale("en");
+        EXPECT_EQ(threeThings(), "3 things");
+    }
     isDone = true;
     for (std::thread& thread : threads)
         thread.join();
