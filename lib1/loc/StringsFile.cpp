@@ -20,6 +20,17 @@ namespace loc {
 
 namespace {
 
+/// Empties two texts in the end, also when an exception comes; their memory is for the next entry.
+struct ClearedAtEnd {
+    std::string& id;
+    std::string& text;
+
+    ~ClearedAtEnd() {
+        id.clear();
+        text.clear();
+    }
+};
+
 class StringsReader {
 public:
     StringsReader(rdr::InStream* stream, const char* messageName, const char* stringLocale,
@@ -69,10 +80,9 @@ private:
         if (state == State::AfterId)
             throw plat::Exception("Expected msgstr");
         state = State::BeforeId;
+        const ClearedAtEnd cleared{msgid, msgstr};
         if (!msgid.empty())
             manager.addString(locale, msgid.c_str(), msgstr.c_str(), fileName);
-        msgid.clear(); // their memory is for the next entry
-        msgstr.clear();
     }
 
     void takeKeyword() {

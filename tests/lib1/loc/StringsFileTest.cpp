@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/socket.h>
@@ -20,6 +21,7 @@
 #include "lib1/rdr/ScriptedInStream.h"
 #include "loc/Localize.h"
 #include "loc/Translation.h"
+#include "plat/Exception.h"
 #include "rdr/StringTooLongException.h"
 
 namespace {
@@ -260,6 +262,25 @@ TEST(StringsFiles, RepairBadUtf8) {
     EXPECT_EQ(textsOf(locale, {"id"}).size(), 1U);
     EXPECT_NE(textsOf(locale, {"id"})["id"], "a\xFF"
                                              "b");
+}
+
+// A log destination that throws when it is told of bad UTF-8 keeps that entry out, and only that
+// one.
+TEST(StringsFiles, StartAfreshAfterAnEntryThatCouldNotBeStored) {
+    const LogSetting setting("Localize:strings:0");
+    const std::string locale = newLocale();
+    ScriptedInStream in(
+        {bytes("msgid \"a\"\nmsgstr \"bad\xff\"\n\nmsgid \"b\"\nmsgstr \"fine\"\n")});
+    bool isFull = true;
+    recording.onWrite = [&isFull] {
+        if (std::exchange(isFull, false))
+            throw plat::Exception("the log is full");
+    };
+    loc::readStringsFile(&in, "file.po", locale.c_str(), &Localize::inst());
+    recording.onWrite = nullptr;
+    EXPECT_THAT(recording.takeTexts(),
+                ElementsAre(testing::StartsWith("Bad UTF-8 in a"), at(3, "the log is full")));
+    EXPECT_EQ(textsOf(locale, {"a", "b", "ab"}), (Texts{{"b", "fine"}}));
 }
 
 TEST(StringsFiles, TakeManyLines) {
