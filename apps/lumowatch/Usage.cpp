@@ -65,6 +65,7 @@ void printUsage(plat::Configuration::UsageType type, plat::Configuration* config
         printXml(*config);
     else
         printForPeople(type == plat::Configuration::UsageAll, *config);
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread runs before the display is watched
     std::exit(std::fflush(stdout) == 0 ? 0 : 1);
 }
 
