@@ -22,6 +22,27 @@
 ABSL_FLAG(int, bench_width, 80, "one flag");
 DEFINE_int32(bench_height, 25, "one flag");
 
+// Fifty of each: these two libraries take flags only as definitions of their own.
+#define LUMO_FLAG(n)                                                                               \
+    ABSL_FLAG(int, aparameter##n, 0, "a number");                                                  \
+    DEFINE_int32(gparameter##n, 0, "a number");
+#define LUMO_TEN_FLAGS(n)                                                                          \
+    LUMO_FLAG(n##0)                                                                                \
+    LUMO_FLAG(n##1)                                                                                \
+    LUMO_FLAG(n##2)                                                                                \
+    LUMO_FLAG(n##3)                                                                                \
+    LUMO_FLAG(n##4)                                                                                \
+    LUMO_FLAG(n##5)                                                                                \
+    LUMO_FLAG(n##6)                                                                                \
+    LUMO_FLAG(n##7)                                                                                \
+    LUMO_FLAG(n##8)                                                                                \
+    LUMO_FLAG(n##9)
+LUMO_TEN_FLAGS(1)
+LUMO_TEN_FLAGS(2)
+LUMO_TEN_FLAGS(3)
+LUMO_TEN_FLAGS(4)
+LUMO_TEN_FLAGS(5)
+
 namespace {
 
 constexpr int count = 50;
@@ -152,6 +173,43 @@ void getoptParse(benchmark::State& state) {
     }
 }
 BENCHMARK(getoptParse)->Name("Parse/50/getopt_long");
+
+/// --aparameter10=0 to --aparameter59=49, or with another letter.
+std::vector<std::string> flagArguments(char letter) {
+    std::vector<std::string> arguments;
+    for (int i = 0; i < count; ++i)
+        arguments.push_back(std::string("--") + letter + "parameter" + std::to_string(i + 10) +
+                            "=" + std::to_string(i));
+    return arguments;
+}
+
+std::vector<char*> wordsOf(std::vector<std::string>& arguments) {
+    std::vector<char*> words{const_cast<char*>("bench")};
+    for (std::string& argument : arguments)
+        words.push_back(argument.data());
+    words.push_back(nullptr);
+    return words;
+}
+
+void abseilParse(benchmark::State& state) {
+    std::vector<std::string> arguments = flagArguments('a');
+    for (auto _ : state) {
+        std::vector<char*> words = wordsOf(arguments);
+        benchmark::DoNotOptimize(absl::ParseCommandLine(count + 1, words.data()));
+    }
+}
+BENCHMARK(abseilParse)->Name("Parse/50/Abseil");
+
+void gflagsParse(benchmark::State& state) {
+    std::vector<std::string> arguments = flagArguments('g');
+    for (auto _ : state) {
+        std::vector<char*> words = wordsOf(arguments);
+        int argc = count + 1;
+        char** argv = words.data();
+        benchmark::DoNotOptimize(gflags::ParseCommandLineFlags(&argc, &argv, true));
+    }
+}
+BENCHMARK(gflagsParse)->Name("Parse/50/gflags");
 
 void lumoFind(benchmark::State& state) {
     plat::Configuration config("bench", nullptr);
