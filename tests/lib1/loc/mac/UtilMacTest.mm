@@ -27,7 +27,27 @@ extern "C" const char* __tsan_default_suppressions() {
     return "deadlock:libgnustep-base.so\ndeadlock:libobjc.so\n";
 }
 
+// Of the leak checker, in the builds that have it.
+extern "C" __attribute__((weak)) void __lsan_disable();
+extern "C" __attribute__((weak)) void __lsan_enable();
+
 namespace {
+
+// What the defaults of this system's Foundation allocate as they are first asked for stays, and
+// some of it where nothing points to it any more. Everything later is checked.
+class DefaultsAreThere : public testing::Environment {
+public:
+    void SetUp() override {
+        if (__lsan_disable != nullptr)
+            __lsan_disable();
+        NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+        [NSUserDefaults standardUserDefaults];
+        [pool release];
+        if (__lsan_enable != nullptr)
+            __lsan_enable();
+    }
+};
+testing::Environment* const environment = testing::AddGlobalTestEnvironment(new DefaultsAreThere);
 
 // The user's preferences. References that are given out and not yet given back are counted.
 struct User {
