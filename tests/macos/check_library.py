@@ -39,8 +39,8 @@ def faults_of(library, architecture, known_symbols):
                if line.startswith("0x")]
     if exports != EXPORTS:
         yield f"exports {exports}"
-    name = objdump(library, architecture, "--dylib-id")[-1]
-    if name != INSTALL_NAME:
+    name = objdump(library, architecture, "--dylib-id")[-1:]
+    if name != [INSTALL_NAME]:
         yield f"install name {name}"
     for line in objdump(library, architecture, "--dylibs-used"):
         dependency = line.split(" (")[0]
