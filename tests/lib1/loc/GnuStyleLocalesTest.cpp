@@ -25,6 +25,7 @@ TEST_P(LanguageVariable, IsAListOfLocales) {
     std::vector<plat::String> locales{plat::String("first_FI")};
     EXPECT_EQ(loc::getGnuStyleLocales(GetParam().defaultLocale, &locales), GetParam().isNamed);
     std::vector<std::string> texts;
+    texts.reserve(locales.size());
     for (const plat::String& locale : locales)
         texts.emplace_back(locale.get());
     std::vector<std::string> expected{"first_FI"};

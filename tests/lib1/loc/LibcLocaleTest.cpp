@@ -121,6 +121,7 @@ TEST(FindLibcLocale, AsksNotForTheThreadsOwnLocale) {
 
 TEST(FindLibcLocale, ThreadsDoNotMixUpTheirProbes) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
             LibcLocale result;

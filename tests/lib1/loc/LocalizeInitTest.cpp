@@ -227,6 +227,7 @@ TEST_F(LocalizeInit, BrokenFilesAreReportedAndTheRestWorks) {
 TEST_F(LocalizeInit, ThreadsLocaliseWhileTheLocaleChanges) {
     std::atomic<bool> isDone = false;
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&isDone] {
             while (!isDone) {
@@ -289,6 +290,7 @@ TEST_F(LocalizeInit, ThreadsPushAndPopMapsWhileTheLocaleChanges) {
     setLocale("fr");
     std::atomic<bool> isDone = false;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&isDone] {
             do {

@@ -78,6 +78,7 @@ std::vector<std::string> formsOf(const char* locale, const char* stem, int min, 
     std::vector<plat::SString<256>> ids;
     getRuleForLocale(locale)->forms(stem, min, max, &ids);
     std::vector<std::string> texts;
+    texts.reserve(ids.size());
     for (const auto& id : ids)
         texts.emplace_back(id.get());
     return texts;

@@ -36,9 +36,9 @@ TEST(BadUtf8Assert, LetsExceptionsBeThrownWhenOff) {
 
 TEST(BadUtf8AssertDeathTest, EndsTheProcessWhenOn) {
     assertSwitch().setParam("on", 50);
-    EXPECT_DEATH(BadUtf8("percent %s sign"),
+    EXPECT_DEATH(throw BadUtf8("percent %s sign"),
                  "^Assertion '0' failed at .*BadUtf8\\.cpp:[0-9]+: percent %s sign");
-    EXPECT_DEATH(BadUtf8(1, "Bad UTF-8 string for %s", "name"),
+    EXPECT_DEATH(throw BadUtf8(1, "Bad UTF-8 string for %s", "name"),
                  "^Assertion '0' failed at .*: Bad UTF-8 string for name");
     Configuration config("Test", nullptr);
     plat::StringParameter param("Text", "", "", false, &config);

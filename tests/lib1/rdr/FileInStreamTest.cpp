@@ -123,7 +123,7 @@ TEST_F(FileStream, LeavesAnAdoptedFileAsItIs) {
         EXPECT_EQ(line(in), "abc");
     }
     EXPECT_TRUE(isOpen(descriptor)) << "it was not the stream's";
-    std::rewind(file);
+    std::fseek(file, 0, SEEK_SET);
     {
         FileInStream in(nullptr, false);
         in.setFilePtr(file, true);

@@ -265,9 +265,10 @@ TEST(FilePtrReadLine, TakesLinesOfAnyLength) {
     for (const std::size_t size :
          {61U, 62U, 63U, 64U, 65U, 126U, 127U, 128U, 129U, 255U, 256U, 4096U, 100000U}) {
         const std::string text(size, 'x');
+        const std::string line = text + "\n";
         EXPECT_THAT(linesOf(text), ElementsAre(text));
-        EXPECT_THAT(linesOf(text + "\n"), ElementsAre(text));
-        EXPECT_THAT(linesOf(text + "\n" + text + "\n"), ElementsAre(text, text));
+        EXPECT_THAT(linesOf(line), ElementsAre(text));
+        EXPECT_THAT(linesOf(line + line), ElementsAre(text, text));
     }
 }
 
@@ -302,7 +303,8 @@ TEST(FilePtrReadLine, LeavesAStringWhenItFailsHalfway) {
     static int reads = 0;
     const cookie_io_functions_t functions{[](void*, char* to, std::size_t) -> ::ssize_t {
                                               if (++reads == 1) {
-                                                  std::memcpy(to, "ab", 2);
+                                                  to[0] = 'a';
+                                                  to[1] = 'b';
                                                   return 2;
                                               }
                                               errno = EIO;

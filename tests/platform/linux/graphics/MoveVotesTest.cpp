@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 
 namespace platform {
@@ -23,8 +24,8 @@ Hashes unique(std::uint64_t seed) {
 /// What lies `back` places further on comes into the first `count` places from `first` on.
 Hashes shifted(const Hashes& before, int back, int first, int count) {
     Hashes after = before;
-    for (int i = first; i < first + count; ++i)
-        after[static_cast<std::size_t>(i)] = before[static_cast<std::size_t>(i + back)];
+    const auto from = before.begin() + first + back;
+    std::copy(from, from + count, after.begin() + first);
     return after;
 }
 

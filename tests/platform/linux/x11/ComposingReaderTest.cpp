@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
 namespace platform::x11 {
 namespace {
 
@@ -41,9 +45,9 @@ TEST_P(ReadsUnderARegion, WhatChangedAndWhatIsMissed) {
         const PixelRect missed = PixelRect::ofSize(5, 6, 20, 10);
         std::vector<PixelRect> area;
         if (seed % 2 == 0) {
-            std::memset(screen.frame().surface->pixels() +
-                            6 * screen.frame().surface->strideBytes() + 5 * 4,
-                        0x55, 20 * 4);
+            const Surface& surface = *screen.frame().surface;
+            const std::ptrdiff_t stride = surface.strideBytes();
+            std::fill_n(screen.frame().surface->pixels() + 6 * stride + 20, 80, std::uint8_t{0x55});
             area.push_back(missed);
         }
         ASSERT_EQ(screen.read(area, damage->taken()), FrameReader::Progress::Done);
