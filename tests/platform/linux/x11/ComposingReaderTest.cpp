@@ -46,7 +46,7 @@ TEST_P(ReadsUnderARegion, WhatChangedAndWhatIsMissed) {
         std::vector<PixelRect> area;
         if (seed % 2 == 0) {
             const Surface& surface = *screen.frame().surface;
-            const std::ptrdiff_t stride = surface.strideBytes();
+            const std::size_t stride = surface.strideBytes();
             std::fill_n(screen.frame().surface->pixels() + 6 * stride + 20, 80, std::uint8_t{0x55});
             area.push_back(missed);
         }
