@@ -5,6 +5,7 @@
 //       latency draws one rectangle at a time itself and times report and pixels
 //       cycle   starts and stops SECONDS times over
 //       moves   grabs after every report and checks every moved rectangle
+//       stream  a display stream itself, asked for 1000 frames a second, each looked at
 
 #include "lumowatch/StderrLogger.h"
 #include "plat/LogWriter.h"
@@ -12,6 +13,9 @@
 #include "svr/mac/DisplayStreamClient.h"
 #include "svr/mac/DisplayStreamSource.h"
 
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
+#include <IOSurface/IOSurfaceRef.h>
 #include <glib.h>
 #include <xcb/xcb.h>
 #include <xcb/xcbext.h>
@@ -246,6 +250,36 @@ int cycle(int times) {
     return 0;
 }
 
+int stream(double seconds) {
+    const double shortest = 0.001;
+    const void* keys[] = {kCGDisplayStreamMinimumFrameTime};
+    const void* values[] = {CFNumberCreate(nullptr, kCFNumberDoubleType, &shortest)};
+    const CFDictionaryRef properties =
+        CFDictionaryCreate(nullptr, keys, values, 1, nullptr, nullptr);
+    const CGRect bounds = CGDisplayBounds(CGMainDisplayID());
+    __block long frames = 0;
+    __block std::uint32_t firstPixel = 0;
+    const CGDisplayStreamRef opened = CGDisplayStreamCreate(
+        CGMainDisplayID(), static_cast<size_t>(bounds.size.width),
+        static_cast<size_t>(bounds.size.height), 0x42475241, properties,
+        ^(CGDisplayStreamFrameStatus status, uint64_t, IOSurfaceRef surface,
+          CGDisplayStreamUpdateRef) {
+          if (status != kCGDisplayStreamFrameStatusFrameComplete)
+              return;
+          ++frames;
+          firstPixel += *static_cast<const std::uint32_t*>(IOSurfaceGetBaseAddress(surface));
+        });
+    if (opened == nullptr)
+        return 2;
+    CFRunLoopAddSource(CFRunLoopGetCurrent(), CGDisplayStreamGetRunLoopSource(opened),
+                       kCFRunLoopCommonModes);
+    CGDisplayStreamStart(opened);
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, 0);
+    CGDisplayStreamStop(opened);
+    std::printf("{\"reports\": %ld, \"pixels\": %u}\n", frames, firstPixel);
+    return 0;
+}
+
 struct Heartbeat {
     double last = now();
     double longest = 0;
@@ -334,5 +368,7 @@ int main(int argc, char** argv) {
     const std::string mode = argv[2];
     if (mode == "cycle")
         return cycle(std::atoi(argv[1]));
+    if (mode == "stream")
+        return stream(std::atof(argv[1]));
     return watch(std::atof(argv[1]), mode);
 }

@@ -10,15 +10,10 @@ namespace {
 
 constexpr int bandRows = 16;
 
-const std::uint32_t* rowOf(const Surface& surface, int y) {
-    return reinterpret_cast<const std::uint32_t*>(surface.pixels() + static_cast<std::size_t>(y) *
-                                                                         surface.strideBytes());
-}
-
 /// The part of one row that differs.
 PixelRect differenceOfRow(const Surface& before, const Surface& after, int y) {
-    const std::uint32_t* a = rowOf(before, y);
-    const std::uint32_t* b = rowOf(after, y);
+    const std::uint32_t* a = before.row(y);
+    const std::uint32_t* b = after.row(y);
     const int width = before.width();
     if (std::memcmp(a, b, before.strideBytes()) == 0)
         return {};

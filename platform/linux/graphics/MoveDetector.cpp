@@ -1,6 +1,7 @@
 #include "platform/linux/graphics/MoveDetector.h"
 
 #include "platform/linux/graphics/MoveVotes.h"
+#include "platform/linux/graphics/PixelHashes.h"
 #include "platform/linux/graphics/Region.h"
 
 #include <algorithm>
@@ -15,9 +16,9 @@ namespace {
 constexpr std::int64_t smallestArea = 4096;
 constexpr int smallestSide = 16;
 
-/// Samples: so many strips across the changed box, each so many pixels wide.
-constexpr int stripCount = 8;
-constexpr int stripWidth = 16;
+/// Samples of the changed box: so many columns of runs, and so many rows.
+constexpr int columnSamples = 8;
+constexpr int rowSamples = 8;
 
 /// What a moved part is put together from. Units: pixels.
 constexpr int tileWidth = 16;
@@ -28,106 +29,70 @@ constexpr std::int64_t largestWindowSearch = 2'000'000;
 constexpr int anchorCount = 48;
 constexpr int anchorVotes = 4;
 
-const std::uint32_t* pixelAt(const Surface& surface, int x, int y) {
-    return reinterpret_cast<const std::uint32_t*>(surface.pixels() + static_cast<std::size_t>(y) *
-                                                                         surface.strideBytes()) +
-           x;
-}
-
-std::uint64_t mix(std::uint64_t hash, std::uint64_t value) {
-    hash = (hash ^ value) * 0x9e3779b97f4a7c15ULL;
-    return hash ^ (hash >> 29);
-}
-
-/// One hash a row, of the strip of pixels that starts at x.
-std::vector<std::uint64_t> rowHashes(const Surface& surface, const PixelRect& box, int x) {
-    std::vector<std::uint64_t> hashes;
-    hashes.reserve(static_cast<std::size_t>(box.height()));
-    for (int y = box.top; y < box.bottom; ++y) {
-        std::array<std::uint64_t, stripWidth / 2> words;
-        std::memcpy(words.data(), pixelAt(surface, x, y), sizeof words);
-        std::uint64_t hash = 0;
-        for (const std::uint64_t word : words)
-            hash = mix(hash, word);
-        hashes.push_back(hash);
+/// Where the sampled columns start: spread over the box, the first close to its left, where text
+/// is. Each is one line of the processor's cache, which is what looking at pixels costs.
+std::vector<int> sampleColumns(const PixelRect& box) {
+    std::vector<int> columns;
+    const int room = box.width() - hashedPixels;
+    const int first = box.left + hashedPixels - 1;
+    for (int i = 0; i < columnSamples; ++i) {
+        const int place = std::min(first + room * i / columnSamples, box.left + room);
+        const int left = place / hashedPixels * hashedPixels;
+        if (columns.empty() || left > columns.back())
+            columns.push_back(left);
     }
-    return hashes;
+    return columns;
 }
 
-/// One hash a column, of the strip of pixels that starts at y.
-std::vector<std::uint64_t> columnHashes(const Surface& surface, const PixelRect& box, int y) {
-    std::vector<std::uint64_t> hashes(static_cast<std::size_t>(box.width()));
-    for (int row = y; row < y + stripWidth; ++row) {
-        const std::uint32_t* pixels = pixelAt(surface, box.left, row);
-        for (std::size_t i = 0; i < hashes.size(); ++i)
-            hashes[i] = mix(hashes[i], pixels[i]);
+/// What has the same value everywhere can show no move, and old pixels are not looked at for it.
+void keepTelling(std::vector<int>& places, std::vector<PixelHashes>& hashes) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < hashes.size(); ++i) {
+        if (isUniform(hashes[i]))
+            continue;
+        places[kept] = places[i];
+        std::swap(hashes[kept++], hashes[i]);
     }
-    return hashes;
-}
-
-/// Where the strips start: spread over the side, the first close to its beginning, where text is.
-std::vector<int> stripStarts(int first, int last) {
-    std::vector<int> starts;
-    const int room = last - first - stripWidth;
-    for (int i = 0; i < stripCount; ++i) {
-        const int start = first + std::min(room, room * i / stripCount + stripWidth / 2);
-        if (starts.empty() || start >= starts.back() + stripWidth)
-            starts.push_back(start);
-    }
-    return starts;
+    places.resize(kept);
+    hashes.resize(kept);
 }
 
 std::optional<Shift> findVertical(const Surface& before, const Surface& after,
                                   const PixelRect& box) {
+    std::vector<int> columns = sampleColumns(box);
+    std::vector<PixelHashes> now = rowHashes(after, box, columns);
+    keepTelling(columns, now);
+    const std::vector<PixelHashes> then = rowHashes(before, box, columns);
     MoveVotes votes(box.height());
-    for (const int x : stripStarts(box.left, box.right))
-        votes.count(rowHashes(before, box, x), rowHashes(after, box, x));
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        votes.count(then[i], now[i]);
     const auto offset = votes.winner();
     return offset ? std::optional(Shift{0, *offset}) : std::nullopt;
 }
 
 std::optional<Shift> findHorizontal(const Surface& before, const Surface& after,
                                     const PixelRect& box) {
-    MoveVotes votes(box.width());
-    for (const int y : stripStarts(box.top, box.bottom))
-        votes.count(columnHashes(before, box, y), columnHashes(after, box, y));
+    MoveVotes votes(box.width() - hashedPixels + 1);
+    for (int i = 0; i < rowSamples; ++i) {
+        // Not evenly spread, or every one could lie between two lines of text.
+        const int y = box.top + std::min(box.height() - 1, box.height() * i / rowSamples + i);
+        const PixelHashes now = runHashes(after, box, y);
+        if (!isUniform(now))
+            votes.count(runHashes(before, box, y), now);
+    }
     const auto offset = votes.winner();
     return offset ? std::optional(Shift{*offset, 0}) : std::nullopt;
 }
-
-/// A polynomial over a run of pixels, so that the next run's value follows from this one's.
-class RollingHash {
-public:
-    explicit RollingHash(const std::uint32_t* pixels) {
-        for (int i = 0; i < stripWidth; ++i)
-            value = value * base + pixels[i];
-    }
-
-    void roll(std::uint32_t out, std::uint32_t in) { value = value * base + in - outFactor * out; }
-
-    std::uint64_t get() const { return value; }
-
-private:
-    static constexpr std::uint64_t base = 0xd6e8feb86659fd93ULL;
-    static constexpr std::uint64_t outFactor = [] {
-        std::uint64_t power = 1;
-        for (int i = 0; i < stripWidth; ++i)
-            power *= base;
-        return power;
-    }();
-
-    std::uint64_t value = 0;
-};
 
 /// Runs of pixels in the new frame that are looked for in the old one.
 class Anchors {
 public:
     void collect(const Surface& after, std::span<const PixelRect> area) {
         for (const PixelRect& rect : area) {
-            const int dx = std::max(stripWidth, rect.width() / 8);
+            const int dx = std::max(hashedPixels, rect.width() / 8);
             const int dy = std::max(4, rect.height() / 12);
             for (int y = rect.top + dy / 2; y < rect.bottom; y += dy) {
-                for (int x = rect.left + dx / 4; x + stripWidth <= rect.right; x += dx)
+                for (int x = rect.left + dx / 4; x + hashedPixels <= rect.right; x += dx)
                     add(after, x, y);
             }
         }
@@ -153,13 +118,13 @@ private:
     // A run of few changes looks like too many others.
     static bool isDistinctive(const std::uint32_t* pixels) {
         int changes = 0;
-        for (int i = 1; i < stripWidth; ++i)
+        for (int i = 1; i < hashedPixels; ++i)
             changes += pixels[i] != pixels[i - 1] ? 1 : 0;
         return changes >= 4;
     }
 
     void add(const Surface& after, int x, int y) {
-        const std::uint32_t* pixels = pixelAt(after, x, y);
+        const std::uint32_t* pixels = after.row(y) + x;
         if (places.size() >= anchorCount || !isDistinctive(pixels))
             return;
         const std::uint64_t hash = RollingHash(pixels).get();
@@ -191,17 +156,17 @@ std::optional<Shift> findWindow(const Surface& before, const Surface& after,
         }
     };
     for (const PixelRect& rect : area) {
-        if (rect.width() < stripWidth)
+        if (rect.width() < hashedPixels)
             continue;
         for (int y = rect.top; y < rect.bottom; ++y) {
-            const std::uint32_t* row = pixelAt(before, 0, y);
+            const std::uint32_t* row = before.row(y);
             RollingHash hash(row + rect.left);
             for (int x = rect.left;; ++x) {
                 if (const auto* place = anchors.find(hash.get()))
                     vote(*place, x, y);
-                if (x + stripWidth >= rect.right)
+                if (x + hashedPixels >= rect.right)
                     break;
-                hash.roll(row[x], row[x + stripWidth]);
+                hash.roll(row[x], row[x + hashedPixels]);
             }
         }
     }
@@ -245,8 +210,8 @@ private:
     }
 
     void compareRow(int y) {
-        const std::uint32_t* now = pixelAt(after, area.left, y);
-        const std::uint32_t* then = pixelAt(before, area.left + shift.dx, y + shift.dy);
+        const std::uint32_t* now = after.row(y) + area.left;
+        const std::uint32_t* then = before.row(y + shift.dy) + area.left + shift.dx;
         const auto width = static_cast<std::size_t>(area.width());
         if (std::memcmp(now, then, width * 4) == 0) {
             std::ranges::fill(isTileEqual, 1);

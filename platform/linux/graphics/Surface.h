@@ -49,6 +49,9 @@ struct __IOSurface final : platform::Object {
     std::size_t strideBytes() const noexcept { return std::size_t(widthPixels) * 4; }
     std::size_t sizeBytes() const noexcept { return strideBytes() * std::size_t(heightPixels); }
     std::uint8_t* pixels() const noexcept { return base; }
+    std::uint32_t* row(int y) const noexcept {
+        return reinterpret_cast<std::uint32_t*>(base + strideBytes() * std::size_t(y));
+    }
 
     platform::SurfaceMemory memory() const noexcept { return kind; }
 

@@ -106,8 +106,7 @@ void blackenGone(Surface& surface, const Viewport& viewport, std::span<const Pix
     const Region gone = Region(area).minus(Region(viewport.visible));
     for (const PixelRect& rect : gone.rectangles()) {
         for (int y = rect.top; y < rect.bottom; ++y) {
-            auto* row = reinterpret_cast<std::uint32_t*>(
-                surface.pixels() + static_cast<std::size_t>(y) * surface.strideBytes());
+            std::uint32_t* row = surface.row(y);
             std::fill(row + rect.left, row + rect.right, opaqueBlack);
         }
     }
