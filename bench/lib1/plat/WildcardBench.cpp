@@ -3,6 +3,7 @@
 #include <string>
 
 #include <benchmark/benchmark.h>
+#include <fnmatch.h>
 #include <glib.h>
 
 namespace {
@@ -25,6 +26,14 @@ void glibMatch(benchmark::State& state, std::string pattern, std::string text) {
     g_pattern_spec_free(spec);
 }
 
+void libcMatch(benchmark::State& state, std::string pattern, std::string text) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(text.data());
+        int mismatch = fnmatch(pattern.c_str(), text.c_str(), FNM_NOESCAPE);
+        benchmark::DoNotOptimize(mismatch);
+    }
+}
+
 struct Row {
     std::string name;
     std::string pattern;
@@ -39,6 +48,8 @@ const Row rows[] = {{"prefix_star", "DisplayStream*", "DisplayStreamImpl"},
         benchmark::RegisterBenchmark(("Wildcard/" + row.name + "/lumo").c_str(), lumoMatch,
                                      row.pattern, row.text);
         benchmark::RegisterBenchmark(("Wildcard/" + row.name + "/glib").c_str(), glibMatch,
+                                     row.pattern, row.text);
+        benchmark::RegisterBenchmark(("Wildcard/" + row.name + "/fnmatch").c_str(), libcMatch,
                                      row.pattern, row.text);
     }
     return true;
