@@ -169,6 +169,19 @@ void Painter::destroyWindow(xcb_window_t window) {
     xcb_destroy_window(xcb, window);
 }
 
+void Painter::hidePointer() {
+    const xcb_pixmap_t nothing = xcb_generate_id(xcb);
+    const xcb_cursor_t cursor = xcb_generate_id(xcb);
+    xcb_create_pixmap(xcb, 1, nothing, root(), 1, 1);
+    const xcb_gcontext_t black = xcb_generate_id(xcb);
+    const std::uint32_t colour = 0;
+    xcb_create_gc(xcb, black, nothing, XCB_GC_FOREGROUND, &colour);
+    const xcb_rectangle_t all{0, 0, 1, 1};
+    xcb_poly_fill_rectangle(xcb, nothing, black, 1, &all);
+    xcb_create_cursor(xcb, cursor, nothing, nothing, 0, 0, 0, 0, 0, 0, 0, 0);
+    xcb_change_window_attributes(xcb, root(), XCB_CW_CURSOR, &cursor);
+}
+
 void Painter::flush() {
     xcb_flush(xcb);
 }

@@ -43,6 +43,9 @@ public:
     void raiseWindow(xcb_window_t window);
     void destroyWindow(xcb_window_t window);
 
+    /// Without XFIXES nobody else hides the pointer, and the server draws it into its frame buffer.
+    void hidePointer();
+
     void flush();
 
     /// Returns when the server has served everything; false if it is gone.

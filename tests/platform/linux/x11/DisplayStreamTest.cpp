@@ -205,22 +205,6 @@ private:
     std::vector<IOSurfaceRef> held;
 };
 
-/// Without XFIXES nobody hides the pointer, and the server draws it into the frame buffer itself.
-void hidePointer(Painter& painter) {
-    xcb_connection_t* xcb = painter.connection();
-    const xcb_pixmap_t nothing = xcb_generate_id(xcb);
-    const xcb_cursor_t cursor = xcb_generate_id(xcb);
-    xcb_create_pixmap(xcb, 1, nothing, painter.root(), 1, 1);
-    const xcb_gcontext_t gc = xcb_generate_id(xcb);
-    const std::uint32_t black = 0;
-    xcb_create_gc(xcb, gc, nothing, XCB_GC_FOREGROUND, &black);
-    const xcb_rectangle_t all{0, 0, 1, 1};
-    xcb_poly_fill_rectangle(xcb, nothing, gc, 1, &all);
-    xcb_create_cursor(xcb, cursor, nothing, nothing, 0, 0, 0, 0, 0, 0, 0, 0);
-    xcb_change_window_attributes(xcb, painter.root(), XCB_CW_CURSOR, &cursor);
-    painter.sync();
-}
-
 /// Something of everything, drawn at random.
 void paintALot(Painter& painter, int width, int height, unsigned seed) {
     std::mt19937 random(seed);
@@ -252,7 +236,7 @@ TEST_P(StreamOn, ShowsWhatTheServerShows) {
     ASSERT_NE(viewer.stream, nullptr);
     ASSERT_EQ(viewer.start(), kCGErrorSuccess);
     Painter painter(server.display());
-    hidePointer(painter);
+    painter.hidePointer();
     paintALot(painter, options.width, options.height, 5);
     EXPECT_TRUE(viewer.follows(server));
     EXPECT_EQ(viewer.wrongMoves, 0);

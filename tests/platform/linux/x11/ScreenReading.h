@@ -34,6 +34,7 @@ public:
           connection(Connection::open(server.display().c_str())), size(frame) {
         if (connection != nullptr)
             reader = open(*connection, {frame.width(), frame.height(), 2, nullptr});
+        painter.hidePointer();
         draw(1);
     }
 
