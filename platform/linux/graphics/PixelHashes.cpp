@@ -51,7 +51,7 @@ std::vector<PixelHashes> rowHashes(const Surface& surface, const PixelRect& box,
 PixelHashes runHashes(const Surface& surface, const PixelRect& box, int y) {
     const std::uint32_t* row = surface.row(y);
     PixelHashes hashes;
-    hashes.reserve(static_cast<std::size_t>(box.width() - hashedPixels + 1));
+    hashes.reserve(static_cast<std::size_t>(box.width()));
     RollingHash hash(row + box.left);
     hashes.push_back(hash.get());
     for (int x = box.left; x + hashedPixels < box.right; ++x) {

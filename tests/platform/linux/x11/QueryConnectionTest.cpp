@@ -11,7 +11,6 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace platform::x11 {
 namespace {
@@ -92,10 +91,11 @@ TEST_F(QueryConnectionTest, IsLentToOneAtATime) {
             --borrowers;
         }
     };
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 3; ++i)
-        threads.emplace_back(borrow);
-    threads.clear();
+    {
+        const std::jthread one(borrow);
+        const std::jthread two(borrow);
+        borrow();
+    }
     EXPECT_EQ(most, 1);
 }
 

@@ -47,7 +47,8 @@ public:
 
 class ScreenWatchTest : public testing::Test {
 protected:
-    static support::XServerOptions screen(int depth = 24, std::vector<std::string> lacks = {}) {
+    static support::XServerOptions screen(int depth = 24,
+                                          const std::vector<std::string>& lacks = {}) {
         return {.width = width, .height = height, .depth = depth, .withoutExtensions = lacks};
     }
 
