@@ -6,7 +6,6 @@
 #include "plat/Configuration.h"
 #include "plat/LogWriter.h"
 #include "plat/StrCaseCmp.h"
-#include "plat/StringUtil.h"
 
 static plat::LogWriter vlog("ConfigParameter");
 
@@ -38,12 +37,17 @@ ConfigParameter::ConfigParameter(const char* newName, const char* newDescription
 ConfigParameter::ConfigParameter(const ConfigParameter& source, Configuration* into)
     : name(source.name), description(source.description), descriptionId(source.descriptionId),
       hidden(source.hidden), ownsStrings(source.ownsStrings), nameHash(source.nameHash) {
+    String ownName;
+    String ownDescription;
     if (ownsStrings) {
-        String ownName(name);
-        description = strDup(description);
-        name = ownName.takeBuf();
+        ownName = String(name);
+        ownDescription = String(description);
     }
     into->add(this);
+    if (ownsStrings) {
+        name = ownName.takeBuf();
+        description = ownDescription.takeBuf();
+    }
 }
 
 ConfigParameter::~ConfigParameter() {

@@ -33,6 +33,9 @@ struct Configuration::Layout {
                   3 * sizeof(void*) + sizeof(std::list<Configuration*>));
     static_assert(offsetof(Configuration, aliases) ==
                   4 * sizeof(void*) + sizeof(std::list<Configuration*>));
+    // Behind what is given.
+    static_assert(offsetof(Configuration, index) ==
+                  offsetof(Configuration, aliases) + sizeof(Aliases));
 #pragma GCC diagnostic pop
 };
 
@@ -109,7 +112,7 @@ public:
     ConfigParameter* find(const char* paramName) noexcept {
         const std::uint16_t hash = strCaseHash(paramName);
         const auto hasName = [=](const ConfigParameter* param) {
-            return param->nameHash == hash && strCaseCmp(param->name, paramName) == 0;
+            return param->nameHash == hash && isSameCaseless(param->name, paramName);
         };
         ConfigParameter* param = start;
         while (param != nullptr && !hasName(param))
@@ -136,7 +139,8 @@ Configuration::Configuration(const Configuration& other)
         try {
             it.param->clone(this);
         } catch (...) {
-            parameters = cloned; // the one that could not be made is registered, but gone
+            // The one that could not be made is registered, but gone: nobody asks the index now.
+            parameters = cloned;
             throw;
         }
     }
@@ -160,6 +164,7 @@ void Configuration::clear() {
         delete first;
     }
     parameters = nullptr;
+    index.clear();
 }
 
 void Configuration::registerChild(Configuration* child, bool add) {
@@ -274,13 +279,14 @@ void Configuration::logReport() const {
         logValue(param);
 }
 
-void Configuration::add(ConfigParameter* param) noexcept {
+void Configuration::add(ConfigParameter* param) {
+    index.add(param, param->nameHash);
     param->next = parameters;
     parameters = param;
 }
 
 ConfigParameter* Configuration::getOwn(const char* paramName) const noexcept {
-    return MovingSearch(parameters).find(paramName);
+    return index.find(paramName);
 }
 
 bool Configuration::setByName(const char* paramName, const char* value, int priority,

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "loc/MsgId.h"
+#include "plat/ParameterIndex.h"
 #include "plat/StrCaseCmp.h"
 #include "plat/String.h"
 
@@ -135,7 +136,7 @@ private:
 
     using Aliases = std::map<String, ParameterAlias*, strcasecmp_t>;
 
-    void add(ConfigParameter* param) noexcept;
+    void add(ConfigParameter* param);
     ConfigParameter* getOwn(const char* paramName) const noexcept;
     bool setByName(const char* paramName, const char* value, int priority,
                    const AliasInProgress* outer);
@@ -149,6 +150,7 @@ private:
     std::list<Configuration*> children;
     bool ownsParameters = false;
     Aliases aliases;
+    ParameterIndex index; ///< of the parameters: the list gives the order, this one the speed
 };
 
 /// Whether a command-line argument asks for help: "-help", "--help", "-h" or "/?", case ignored.

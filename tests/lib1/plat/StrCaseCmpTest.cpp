@@ -1,7 +1,10 @@
 #include "plat/StrCaseCmp.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <ostream>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -47,6 +50,26 @@ TEST(StrCaseCmp, HashesAreEqualForEqualTexts) {
     EXPECT_NE(plat::strCaseHash("parameter1"), plat::strCaseHash("parameter2"));
     EXPECT_NE(plat::strCaseHash("ab"), plat::strCaseHash("ba"));
     EXPECT_NE(plat::strCaseHash(""), plat::strCaseHash("a"));
+}
+
+TEST(StrCaseCmp, HashesTakeEveryByteOfATextIn) {
+    for (std::size_t length = 1; length <= 33; ++length) {
+        const std::string small(length, 'k');
+        const std::string large(length, 'K');
+        const std::uint16_t hash = plat::strCaseHash(small.c_str());
+        EXPECT_EQ(plat::strCaseHash(large.c_str()), hash) << length;
+        EXPECT_NE(plat::strCaseHash(std::string(length + 1, 'k').c_str()), hash) << length;
+        for (std::size_t i = 0; i < length; ++i) {
+            std::string other = small;
+            other[i] = 'z';
+            EXPECT_NE(plat::strCaseHash(other.c_str()), hash) << length << ' ' << i;
+        }
+    }
+}
+
+TEST_P(ComparedTexts, AreSameIfNoneIsLess) {
+    EXPECT_EQ(plat::isSameCaseless(GetParam().a, GetParam().b), GetParam().sign == 0);
+    EXPECT_EQ(plat::isSameCaseless(GetParam().b, GetParam().a), GetParam().sign == 0);
 }
 
 TEST(StrCaseCmp, OrdersTheKeysOfAMap) {
