@@ -91,9 +91,9 @@ std::vector<std::string> allTexts(const std::string& alphabet, std::size_t lengt
     return texts;
 }
 
-TEST(WildcardMatch, AgreesWithTheRecursiveRuleOnAllShortTexts) {
-    const std::vector<std::string> texts = allTexts("aB", 6);
-    for (const std::string& pattern : allTexts("ab*", 5)) {
+void expectTheRecursiveRule(const std::string& patternAlphabet, const std::string& textAlphabet) {
+    const std::vector<std::string> texts = allTexts(textAlphabet, 6);
+    for (const std::string& pattern : allTexts(patternAlphabet, 5)) {
         for (const std::string& text : texts) {
             for (const bool caseSensitive : {false, true}) {
                 for (const unsigned flags : {0U, 1U})
@@ -102,6 +102,28 @@ TEST(WildcardMatch, AgreesWithTheRecursiveRuleOnAllShortTexts) {
                         << pattern << " | " << text;
             }
         }
+    }
+}
+
+TEST(WildcardMatch, AgreesWithTheRecursiveRuleOnAllShortTexts) {
+    expectTheRecursiveRule("ab*", "aB");
+}
+
+TEST(WildcardMatch, AgreesWithTheRecursiveRuleWhereTheTextHasStars) {
+    expectTheRecursiveRule("ab*", "ab*");
+}
+
+TEST(WildcardMatch, TakesFrontsOfEveryLength) {
+    for (std::size_t length = 0; length < 70; ++length) {
+        const std::string front(length, 'x');
+        EXPECT_TRUE(Wildcard::match((front + "*").c_str(), front.c_str(), true, 1)) << length;
+        EXPECT_TRUE(Wildcard::match((front + "*c").c_str(), (front + "abc").c_str(), true, 1));
+        EXPECT_TRUE(Wildcard::match(front.c_str(), front.c_str(), true, 1));
+        EXPECT_FALSE(Wildcard::match(front.c_str(), (front + "a").c_str(), true, 1));
+        EXPECT_FALSE(Wildcard::match((front + "a").c_str(), front.c_str(), true, 1));
+        EXPECT_FALSE(Wildcard::match((front + "a*").c_str(), (front + "b").c_str(), true, 1));
+        EXPECT_TRUE(
+            Wildcard::match(("*" + front + "a*").c_str(), ("*" + front + "xa").c_str(), true, 1));
     }
 }
 
