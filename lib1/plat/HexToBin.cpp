@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "plat/ByteVector.h"
+#include "plat/HexBlocks.h"
 
 namespace plat {
 
@@ -17,42 +17,16 @@ int digitValue(char c) noexcept {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-/// The values of 16 digits at once; `*bad` is not 0 any more where one is no digit.
-ByteVector digitValues(ByteVector text, ByteVector* bad) noexcept {
-    const ByteVector fromZero = text - '0';
-    const ByteVector fromA = (text | 0x20) - 'a';
-    const auto isNumber = ByteVector(fromZero < 10);
-    const auto isLetter = ByteVector(fromA < 6);
-    *bad |= ~(isNumber | isLetter);
-    return (fromZero & isNumber) | ((fromA + 10) & isLetter);
-}
-
-/// Reads 16 bytes from 32 digits; `*bad` is not 0 any more where one is no digit.
-void readHex(const char* hex, unsigned char* out, ByteVector* bad) noexcept {
-    const ByteVector first = digitValues(loadVector(hex), bad);
-    const ByteVector second = digitValues(loadVector(hex + 16), bad);
-    const ByteVector high = __builtin_shufflevector(first, second, 0, 2, 4, 6, 8, 10, 12, 14, 16,
-                                                    18, 20, 22, 24, 26, 28, 30);
-    const ByteVector low = __builtin_shufflevector(first, second, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19,
-                                                   21, 23, 25, 27, 29, 31);
-    storeVector(out, high << 4 | low);
-}
-
 /// Reads `count` bytes from twice as many characters.
 bool readHex(const char* hex, unsigned char* out, std::size_t count) noexcept {
-    constexpr std::size_t step = sizeof(ByteVector);
-    ByteVector bad{};
-    std::size_t i = 0;
-    for (; count - i >= step; i += step)
-        readHex(hex + 2 * i, out + i, &bad);
-    int signs = 0; // negative as soon as a value is
-    for (; i < count; ++i) {
+    for (std::size_t i = readHexBlocks(hex, out, count); i < count; ++i) {
         const int high = digitValue(hex[2 * i]);
         const int low = digitValue(hex[2 * i + 1]);
-        signs |= high | low;
+        if (high < 0 || low < 0)
+            return false;
         out[i] = static_cast<unsigned char>(high * 16 + low);
     }
-    return signs >= 0 && anyBits(bad) == 0;
+    return true;
 }
 
 } // namespace
