@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -175,12 +176,32 @@ void Localize::addString(const char* locale, const char* msgid, const char* text
 
 void Localize::addSanitized(const char* locale, const char* msgid, const char* text, bool copy) {
     TextCache::renew();
-    auto& ofLocale = strings[plat::String(locale)];
+    setLastLocale(locale);
     const plat::StringCopyOpt key(msgid, false); // an id that is there already is not copied
-    auto place = ofLocale.lower_bound(key);
-    if (place == ofLocale.end() || key < place->first)
-        place = ofLocale.try_emplace(place, plat::StringCopyOpt(msgid, copy));
-    place->second.set(text, copy);
+    lastPlace = placeOf(key);
+    if (lastPlace == lastTexts->end() || key < lastPlace->first)
+        lastPlace = lastTexts->try_emplace(lastPlace, plat::StringCopyOpt(msgid, copy));
+    lastPlace->second.set(text, copy);
+}
+
+void Localize::setLastLocale(const char* locale) {
+    if (lastLocale != nullptr && *lastLocale == locale)
+        return;
+    auto& [found, texts] = *strings.try_emplace(plat::String(locale)).first;
+    lastLocale = &found;
+    lastTexts = &texts;
+    lastPlace = texts.end();
+}
+
+/// The first text of the last locale whose id is not less.
+Localize::Texts::iterator Localize::placeOf(const plat::StringCopyOpt& id) {
+    const auto end = lastTexts->end();
+    if (lastPlace != end && lastPlace->first < id) {
+        const auto next = std::next(lastPlace);
+        if (next == end || !(next->first < id))
+            return next;
+    }
+    return lastTexts->lower_bound(id);
 }
 
 void Localize::addBuiltInString(const char* locale, const char* msgid, const char* str) {

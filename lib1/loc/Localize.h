@@ -79,12 +79,21 @@ public:
 private:
     friend struct LocalizeLayout;
 
-    Localize();
+    using Texts = std::map<plat::StringCopyOpt, Translation>;
 
-    std::map<plat::String, std::map<plat::StringCopyOpt, Translation>> strings;
+    Localize();
+    void setLastLocale(const char* locale);
+    Texts::iterator placeOf(const plat::StringCopyOpt& id);
+
+    std::map<plat::String, Texts> strings;
     std::vector<plat::String> locales; ///< most preferred first
     std::vector<plat::String> stringsDirs;
     std::set<plat::String> loadedLocales;
+    // Where the last text was added: the next one often belongs right behind it. Texts stay where
+    // they are for good.
+    const plat::String* lastLocale = nullptr;
+    Texts* lastTexts = nullptr;
+    Texts::iterator lastPlace; ///< the end: the last locale has no text yet
 };
 
 /// The text of an id for the calling thread's locales: a raw format, or a finished text, and always

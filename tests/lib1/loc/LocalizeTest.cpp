@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstddef>
 #include <string>
 #include <thread>
 #include <utility>
@@ -170,6 +171,36 @@ TEST(AddString, LaterTextReplacesTheEarlier) {
     Localize::inst().addString("s2", "own_text", "second", "another file");
     const LocalesInForce locales{"s2"};
     EXPECT_STREQ(LUMO_LOCALIZE("own_text"), "second");
+}
+
+// Each order has neighbours that are added one behind the other, and others that are not.
+TEST(AddString, KeepsTextsOfWhateverOrder) {
+    const std::vector<std::vector<const char*>> orders = {
+        {"own_a", "own_b", "own_c", "own_d"}, {"own_d", "own_c", "own_b", "own_a"},
+        {"own_b", "own_d", "own_a", "own_c"}, {"own_a", "own_c", "own_b", "own_d"},
+        {"own_a", "own_d", "own_b", "own_c"}, {"own_c", "own_d", "own_a", "own_b"}};
+    for (std::size_t i = 0; i < orders.size(); ++i) {
+        const std::string locale = "s9" + std::to_string(i);
+        for (const std::string text : {"first ", "second "}) {
+            for (const char* id : orders[i])
+                Localize::inst().addString(locale.c_str(), id, (text + id).c_str(), "a file");
+            const LocalesInForce locales{locale.c_str()};
+            for (const char* id : orders[i])
+                EXPECT_EQ(loc::localize(id, nullptr, 0, false), text + id) << i;
+        }
+    }
+}
+
+TEST(AddString, KeepsTextsOfLocalesThatTakeTurns) {
+    for (const char* id : {"own_a", "own_c", "own_b", "own_a"}) {
+        Localize::inst().addString("s7", id, "one", "a file");
+        Localize::inst().addString("s8", id, "other", "a file");
+    }
+    for (const auto& [locale, text] : {std::pair{"s7", "one"}, std::pair{"s8", "other"}}) {
+        const LocalesInForce locales{locale};
+        for (const char* id : {"own_a", "own_b", "own_c"})
+            EXPECT_STREQ(loc::localize(id, nullptr, 0, false), text);
+    }
 }
 
 TEST(AddString, ReplacesABuiltInText) {
