@@ -47,7 +47,9 @@ template <typename Fold>
     // The front is where most pairs match or differ. Nothing but the end is looked for on the way:
     // a star that meets one in the text stands for it.
     const char* const front = pattern;
-#pragma GCC unroll 16 // which takes a third off the time of a usual name
+#ifdef __clang__  // g++ does not unroll a loop with two ends
+#pragma unroll 16 // takes a third off the time of a usual name
+#endif
     for (; fold(*pattern) == fold(*text); ++pattern, ++text) {
         if (*pattern == '\0')
             return true;
