@@ -42,6 +42,12 @@ unsigned modeOf(const std::string& path) {
     return status.st_mode & 07777;
 }
 
+int lowestFreeDescriptor() {
+    const int descriptor = ::dup(0);
+    ::close(descriptor);
+    return descriptor;
+}
+
 class Directories : public testing::Test {
 protected:
     // Beside what is asked for, only the umask counts.
@@ -150,6 +156,25 @@ TEST_F(MkPath, LeavesTheDirectoriesAboveAsTheyAre) {
     EXPECT_FALSE(plat::mkPath((dir / "a/b/c").c_str(), true, true));
     EXPECT_EQ(modeOf(dir / "a/b/c"), 0700U);
     EXPECT_EQ(modeOf(dir / "a/b"), 0755U);
+}
+
+TEST_F(MkPath, LeavesAParentThatExistsAsItIs) {
+    // Nothing can be made at the '.' of a directory that is missing, so the parent comes next.
+    fs::create_directory(dir / "a");
+    const std::string path = dir / "a/b/.";
+    EXPECT_EQ(thrown([&] { plat::mkPath(path.c_str(), true, true); }),
+              systemFailure("mkDir(" + path + ")", ENOENT));
+    EXPECT_EQ(modeOf(dir / "a"), 0755U);
+}
+
+TEST_F(MkPath, TellsThatTheParentBringsTheDirectory) {
+    // The system goes to "other/n/m", and on to "target/m" as soon as "n" is there.
+    fs::create_directories(dir / "other/inner");
+    fs::create_directories(dir / "target/m");
+    fs::create_symlink("other/inner", dir / "link");
+    fs::create_symlink("../n/../target", dir / "other/n");
+    EXPECT_FALSE(plat::mkPath((dir / "link/../n/m").c_str(), false, false));
+    EXPECT_TRUE(fs::is_empty(dir / "n"));
 }
 
 TEST_F(MkPath, CreatesDeepPaths) {
@@ -279,6 +304,18 @@ TEST_F(FileMakePrivate, TakesTheFileItself) {
     EXPECT_EQ(status.st_mode & 07777, 04700U) << "the bits that it had before it changed hands";
 }
 
+TEST_F(FileMakePrivate, LeavesWhatIsPrivateAlready) {
+    ::chmod(dir.get(), 0777);
+    asOrdinaryUser([&] {
+        // The system takes the set-user-id bit of a file that is given to anybody, its owner too.
+        const std::string path = dir.write("file", "");
+        ::chmod(path.c_str(), 04700);
+        chmodError = EROFS;
+        EXPECT_EQ(thrown([&] { plat::fileMakePrivate(path.c_str()); }), "");
+        EXPECT_EQ(modeOf(path), 04700U);
+    });
+}
+
 TEST_F(FileMakePrivate, SaysWhatItCannotDo) {
     EXPECT_EQ(thrown([&] { plat::fileMakePrivate((dir / "none").c_str()); }),
               systemFailure("fileMakePrivate/stat(" + dir / "none" + ")", ENOENT));
@@ -402,6 +439,35 @@ TEST_F(RmDir, ThrowsForAFileThatItCannotRemove) {
         EXPECT_EQ(thrown([&] { plat::rmDirNoThrow(tree.c_str(), true); }), expected);
         EXPECT_EQ(thrown([&] { plat::rmDir(tree.c_str(), true); }), expected);
         ::chmod((tree + "/inner").c_str(), 0700);
+    });
+}
+
+TEST_F(RmDir, LeavesNothingOpenWhenItThrows) {
+    ::chmod(dir.get(), 0777);
+    asOrdinaryUser([&] {
+        const std::string tree = dir / "tree";
+        fs::create_directories(tree);
+        dir.write("tree/file", "");
+        ::chmod(tree.c_str(), 0500);
+        const int free = lowestFreeDescriptor();
+        EXPECT_THROW(plat::rmDirNoThrow(tree.c_str(), true), plat::SystemException);
+        EXPECT_EQ(lowestFreeDescriptor(), free);
+        ::chmod(tree.c_str(), 0700);
+    });
+}
+
+TEST_F(RmDir, SkipsWhatItCannotLookAt) {
+    ::chmod(dir.get(), 0777);
+    asOrdinaryUser([&] {
+        const std::string tree = dir / "tree";
+        fs::create_directories(tree + "/inner");
+        dir.write("tree/file", "");
+        ::chmod(tree.c_str(), 0600); // the names can be read, and nothing else
+        errno = 0;
+        EXPECT_EQ(thrown([&] { EXPECT_FALSE(plat::rmDirNoThrow(tree.c_str(), true)); }), "");
+        EXPECT_EQ(errno, ENOTEMPTY);
+        ::chmod(tree.c_str(), 0700);
+        EXPECT_TRUE(fs::exists(tree + "/file"));
     });
 }
 

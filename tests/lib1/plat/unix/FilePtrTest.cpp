@@ -1,9 +1,11 @@
 #include "plat/FilePtr.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lib1/OpenedModes.h"
 #include "lib1/TempDir.h"
 #include "lib1/Thrown.h"
 #include "lib1/plat/RecordingLogger.h"
@@ -35,6 +38,7 @@ TEST(FilePtr, IsEmptyAtFirst) {
 }
 
 TEST(FilePtr, NumbersItsModes) {
+    static_assert(std::is_same_v<std::underlying_type_t<FilePtr::Mode>, std::int32_t>);
     EXPECT_EQ(int(FilePtr::Read), 0);
     EXPECT_EQ(int(FilePtr::Write), 1);
     EXPECT_EQ(int(FilePtr::Append), 2);
@@ -47,6 +51,7 @@ TEST(FilePtr, NumbersItsModes) {
 struct ModeRow {
     const char* name;
     FilePtr::Mode mode;
+    const char* opened;        // the mode that an existing file is opened with
     const char* afterMissing;  // what a missing file holds after "new" was written; null: throws
     const char* afterExisting; // what "old data" becomes
     bool reads;
@@ -56,14 +61,14 @@ class FilePtrMode : public testing::TestWithParam<std::tuple<ModeRow, bool>> {};
 INSTANTIATE_TEST_SUITE_P(
     Modes, FilePtrMode,
     testing::Combine(
-        testing::Values(ModeRow{"Read", FilePtr::Read, nullptr, "old data", true},
-                        ModeRow{"Write", FilePtr::Write, "new", "new", false},
-                        ModeRow{"Append", FilePtr::Append, "new", "old datanew", false},
-                        ModeRow{"AppendRead", FilePtr::AppendRead, "new", "old datanew", true},
-                        ModeRow{"ReadWrite", FilePtr::ReadWrite, nullptr, "new data", true},
-                        ModeRow{"ReadWriteCreate", FilePtr::ReadWriteCreate, "new", "new data",
-                                true},
-                        ModeRow{"WriteRead", FilePtr::WriteRead, "new", "new", true}),
+        testing::Values(
+            ModeRow{"Read", FilePtr::Read, "r", nullptr, "old data", true},
+            ModeRow{"Write", FilePtr::Write, "w", "new", "new", false},
+            ModeRow{"Append", FilePtr::Append, "a", "new", "old datanew", false},
+            ModeRow{"AppendRead", FilePtr::AppendRead, "a+", "new", "old datanew", true},
+            ModeRow{"ReadWrite", FilePtr::ReadWrite, "r+", nullptr, "new data", true},
+            ModeRow{"ReadWriteCreate", FilePtr::ReadWriteCreate, "r+", "new", "new data", true},
+            ModeRow{"WriteRead", FilePtr::WriteRead, "w+", "new", "new", true}),
         testing::Bool()),
     [](const auto& row) {
         return std::string(std::get<0>(row.param).name) +
@@ -102,6 +107,15 @@ TEST_P(FilePtrMode, OpensAnExistingFile) {
     EXPECT_EQ(TempDir::read(path), row.afterExisting);
 }
 
+TEST_P(FilePtrMode, IsOneOfStdio) {
+    const auto& [row, isBinary] = GetParam();
+    const TempDir dir;
+    const std::string path = dir.write("file", "old data");
+    openedModes.clear();
+    const FilePtr file(path.c_str(), row.mode, isBinary);
+    EXPECT_THAT(openedModes, ElementsAre(std::string(row.opened) + (isBinary ? "b" : "")));
+}
+
 TEST_P(FilePtrMode, ReadsOrDoesNot) {
     const auto& [row, isBinary] = GetParam();
     const TempDir dir;
@@ -117,8 +131,10 @@ TEST(FilePtrOpen, CreatesWhereItCannotUpdate) {
     EXPECT_EQ(thrown([&] { FilePtr(path.c_str(), FilePtr::ReadWriteCreate, false); }),
               systemFailure("fileOpen(" + path + ")", ENOENT))
         << "the error is that of creating it";
+    openedModes.clear();
     EXPECT_EQ(thrown([&] { FilePtr(dir.get(), FilePtr::ReadWriteCreate, true); }),
               systemFailure("fileOpen(" + dir.str() + ")", EISDIR));
+    EXPECT_THAT(openedModes, ElementsAre("r+b", "w+b")) << "whatever the first failure was";
 }
 
 TEST(FilePtrOpen, TakesTheDashForTheStandardFiles) {
@@ -281,6 +297,18 @@ TEST(FilePtrReadLine, HasRoomOf64Bytes) {
     line.append(" was there");
     EXPECT_FALSE(file.readLine(&line));
     EXPECT_STREQ(line.get(), "");
+}
+
+TEST(FilePtrReadLine, MakesRoomForTwiceWhatItHasRead) {
+    const TempDir dir;
+    for (const auto& [size, capacity] : {std::pair(62, 64), std::pair(63, 128), std::pair(126, 128),
+                                         std::pair(127, 256), std::pair(300, 512)}) {
+        const std::string text = std::string(std::size_t(size), 'x') + "\n";
+        FilePtr file(dir.write("file", text).c_str(), FilePtr::Read, false);
+        plat::DString line;
+        EXPECT_TRUE(file.readLine(&line));
+        EXPECT_EQ(line.capacity(), capacity) << size;
+    }
 }
 
 TEST(FilePtrReadLine, CannotSeeANul) {

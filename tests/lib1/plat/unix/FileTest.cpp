@@ -1,12 +1,17 @@
 #include "plat/File.h"
 
 #include <cerrno>
+#include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -14,6 +19,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "lib1/TempDir.h"
@@ -22,6 +28,50 @@
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+// What the next calls fail with, the last one first.
+std::vector<int> truncateErrors;
+std::vector<int> lockErrors;
+
+std::vector<int> lockCommands; // what was asked for
+
+bool failsWith(std::vector<int>* errors) {
+    if (errors->empty())
+        return false;
+    errno = errors->back();
+    errors->pop_back();
+    return true;
+}
+
+template <typename Function>
+Function* behind(const char* name) {
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+// These stand in front of the C library's, for the library, which is built for large files.
+extern "C" __attribute__((visibility("default"))) int ftruncate64(int descriptor,
+                                                                  off64_t length) noexcept {
+    static auto* const next = behind<int(int, off64_t)>("ftruncate64");
+    return failsWith(&truncateErrors) ? -1 : next(descriptor, length);
+}
+extern "C" __attribute__((visibility("default"))) int fcntl64(int descriptor, int command, ...) {
+    static auto* const next = behind<int(int, int, ...)>("fcntl64");
+    va_list args;
+    va_start(args, command);
+    void* const arg = va_arg(args, void*);
+    va_end(args);
+    if (command == F_SETLK64 || command == F_SETLKW64) {
+        lockCommands.push_back(command);
+        if (failsWith(&lockErrors))
+            return -1;
+    }
+    return next(descriptor, command, arg);
+}
+
+namespace {
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -152,6 +202,18 @@ TEST(FileTruncate, SetsTheLength) {
     EXPECT_EQ(TempDir::read(path), std::string("abc\0\0", 5));
 }
 
+TEST(FileTruncate, GoesOnWhereASignalComes) {
+    const TempDir dir;
+    const std::string path = dir.write("file", "abcdef");
+    const File file(plat::fileOpen(path.c_str(), "r+"));
+    truncateErrors = {EINTR, EINTR};
+    plat::fileTruncate(file.get(), 3);
+    EXPECT_EQ(TempDir::read(path), "abc");
+    truncateErrors = {EFBIG, EINTR};
+    EXPECT_EQ(thrown([&] { plat::fileTruncate(file.get(), 2); }),
+              systemFailure("fileTruncate(ftruncate)", EFBIG));
+}
+
 TEST(FileTruncate, TellsWhatItCannotDo) {
     const TempDir dir;
     const File file(plat::fileOpen(dir.write("file", "abc").c_str(), "r+"));
@@ -269,6 +331,81 @@ TEST(FileLock, BelongsToTheProcess) {
     EXPECT_TRUE(plat::fileLock(other.get(), true));
     plat::fileUnlock(one.get());
     plat::fileUnlock(one.get());
+}
+
+// What another process sees of the locks on one byte of a file.
+struct flock lockSeen(const std::string& path, off_t byte) {
+    int ends[2] = {};
+    struct flock lock = {};
+    EXPECT_EQ(::pipe(ends), 0);
+    const pid_t other = ::fork();
+    if (other == 0) {
+        lock.l_type = F_RDLCK;
+        lock.l_start = byte;
+        lock.l_len = 1;
+        const int descriptor = ::open(path.c_str(), O_RDWR);
+        const bool isTold = ::fcntl(descriptor, F_GETLK, &lock) == 0 &&
+                            ::write(ends[1], &lock, sizeof lock) == ssize_t(sizeof lock);
+        std::_Exit(isTold ? 0 : 1);
+    }
+    ::close(ends[1]);
+    EXPECT_EQ(::read(ends[0], &lock, sizeof lock), ssize_t(sizeof lock));
+    ::close(ends[0]);
+    ::waitpid(other, nullptr, 0);
+    return lock;
+}
+
+TEST(FileLock, IsForWritingInTheWholeFile) {
+    const TempDir dir;
+    const std::string path = dir.write("file", "abc");
+    const File file(plat::fileOpen(path.c_str(), "r+"));
+    plat::fileSeek(file.get(), 2, SEEK_SET);
+    EXPECT_TRUE(plat::fileLock(file.get(), false));
+    for (const off_t byte : {0, 2, 3, 1 << 30}) {
+        const struct flock seen = lockSeen(path, byte);
+        EXPECT_EQ(seen.l_type, F_WRLCK) << byte;
+        EXPECT_EQ(seen.l_start, 0);
+        EXPECT_EQ(seen.l_len, 0);
+    }
+    plat::fileUnlock(file.get());
+    EXPECT_EQ(lockSeen(path, 0).l_type, F_UNLCK);
+}
+
+TEST(FileLock, IsDroppedWithAnyHandleOfTheFile) {
+    const TempDir dir;
+    const std::string path = dir.write("file", "");
+    const File file(plat::fileOpen(path.c_str(), "r+"));
+    EXPECT_TRUE(plat::fileLock(file.get(), false));
+    EXPECT_EQ(lockSeen(path, 0).l_type, F_WRLCK);
+    File(plat::fileOpen(path.c_str(), "r")).reset();
+    EXPECT_EQ(lockSeen(path, 0).l_type, F_UNLCK);
+}
+
+TEST(FileLock, TakesEitherErrorForAnothersLock) {
+    const TempDir dir;
+    const File file(plat::fileOpen(dir.write("file", "").c_str(), "r+"));
+    for (const bool wait : {false, true}) {
+        for (const int err : {EAGAIN, EACCES}) {
+            lockErrors = {err};
+            EXPECT_FALSE(plat::fileLock(file.get(), wait));
+        }
+        lockErrors = {ENOLCK};
+        EXPECT_EQ(thrown([&] { plat::fileLock(file.get(), wait); }),
+                  systemFailure("fileLock", ENOLCK));
+    }
+}
+
+TEST(FileLock, IsAskedForAgainWhereASignalComes) {
+    const TempDir dir;
+    const File file(plat::fileOpen(dir.write("file", "").c_str(), "r+"));
+    for (const auto& [wait, command] : {std::pair(false, F_SETLK64), std::pair(true, F_SETLKW64)}) {
+        lockCommands.clear();
+        lockErrors = {EINTR, EINTR};
+        EXPECT_TRUE(plat::fileLock(file.get(), wait));
+        EXPECT_THAT(lockCommands, ElementsAre(command, command, command));
+    }
+    lockErrors = {EINTR};
+    EXPECT_EQ(thrown([&] { plat::fileUnlock(file.get()); }), "");
 }
 
 void ignoreSignal(int) {}

@@ -15,6 +15,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lib1/OpenedModes.h"
 #include "lib1/TempDir.h"
 #include "lib1/Thrown.h"
 #include "lib1/plat/RecordingLogger.h"
@@ -80,6 +81,12 @@ TEST_P(TransactedFile, IsPutInPlaceByCommit) {
     EXPECT_FALSE(fs::exists(temp));
 }
 
+TEST_P(TransactedFile, IsOpenedForWriting) {
+    openedModes.clear();
+    const TransactedFilePtr file(path.c_str(), GetParam());
+    EXPECT_THAT(openedModes, ElementsAre(GetParam() ? "wb" : "w"));
+}
+
 TEST_P(TransactedFile, IsCommittedOnce) {
     {
         TransactedFilePtr file(path.c_str(), GetParam());
@@ -137,6 +144,20 @@ TEST_P(TransactedFile, StaysOpenWhenItsBytesCannotBeWritten) {
     EXPECT_THAT(recording.take(), ElementsAre(closeFailure(ENOSPC)));
     EXPECT_EQ(TempDir::read(path), "old");
     EXPECT_FALSE(fs::is_symlink(temp));
+}
+
+TEST_P(TransactedFile, IsClosedBeforeItIsRemoved) {
+    const LogSetting setting("FileStream:transacted:0");
+    fs::create_symlink("/dev/full", temp);
+    bool wasThere = false;
+    recording.onWrite = [&] { wasThere = fs::is_symlink(temp); };
+    {
+        const TransactedFilePtr file(path.c_str(), GetParam());
+        std::fputs("new", file.get());
+    }
+    recording.onWrite = nullptr;
+    EXPECT_THAT(recording.take(), ElementsAre(closeFailure(ENOSPC)));
+    EXPECT_TRUE(wasThere);
 }
 
 TEST_P(TransactedFile, IsClosedAndRemovedWhenItCannotBeRenamed) {
