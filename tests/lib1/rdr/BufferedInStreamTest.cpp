@@ -210,9 +210,19 @@ TEST(BufferedInStreamDump, PrintsWhatIsRead) {
     in.overrun(10);
     const std::string text = testing::internal::GetCapturedStderr();
     EXPECT_THAT(text, testing::StartsWith(" <-- "));
-    EXPECT_THAT(text, testing::HasSubstr("\n     "));
+    EXPECT_THAT(text, testing::HasSubstr("\n     78 ")) << "five blanks in front";
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
     EXPECT_EQ(text.find("61"), std::string::npos) << "not what was read before";
+}
+
+TEST(BufferedInStreamDump, PrintsEachBlockOnItsOwn) {
+    PieceInStream in({"abc", "de"});
+    in.dump = true;
+    testing::internal::CaptureStderr();
+    in.overrun(5);
+    const std::string text = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(text,
+                testing::MatchesRegex(" <-- [^\n]*61 62 63 [^\n]*\n <-- [^\n]*64 65 [^\n]*\n"));
 }
 
 TEST(BufferedInStreamDeathTest, AssertsWhatReadReturns) {

@@ -3,12 +3,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lib1/OpenedModes.h"
 #include "lib1/TempDir.h"
 #include "lib1/Thrown.h"
 #include "rdr/EndOfStream.h"
@@ -17,6 +20,7 @@ namespace {
 
 using rdr::EndOfStream;
 using rdr::FileInStream;
+using testing::ElementsAre;
 
 bool isInherited(int descriptor) {
     return (::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0;
@@ -49,6 +53,56 @@ TEST_F(FileStream, ReadsAFile) {
         EXPECT_EQ(thrown([&] { line(in); }), "EndOfStream: End of stream");
         EXPECT_EQ(in.pos(), 9);
     }
+}
+
+TEST_F(FileStream, IsOpenedForReading) {
+    const std::string path = dir.write("file", "");
+    for (const bool isBinary : {false, true}) {
+        openedModes.clear();
+        FileInStream in(path.c_str(), isBinary);
+        in.open(path.c_str(), !isBinary);
+        EXPECT_THAT(openedModes, ElementsAre(isBinary ? "rb" : "r", isBinary ? "r" : "rb"));
+    }
+}
+
+TEST_F(FileStream, Buffers16800Bytes) {
+    FileInStream in(dir.write("file", std::string(20000, 'x')).c_str(), true);
+    in.skip(1);
+    EXPECT_EQ(in.getEnd() - in.getPtr(), 16799);
+}
+
+// A file that gives one byte at a time, up to 'e', and then ends or fails.
+std::FILE* slowFile(int err) {
+    static int error;
+    static char next;
+    error = err;
+    next = 'a';
+    const cookie_io_functions_t functions{[](void*, char* to, std::size_t) -> ::ssize_t {
+                                              if (next <= 'e') {
+                                                  *to = next++;
+                                                  return 1;
+                                              }
+                                              errno = error;
+                                              return error == 0 ? 0 : -1;
+                                          },
+                                          nullptr, nullptr, nullptr};
+    return ::fopencookie(nullptr, "r", functions);
+}
+
+TEST_F(FileStream, WaitsForAFullBufferOrTheEnd) {
+    FileInStream in(slowFile(0), true);
+    in.skip(1);
+    EXPECT_EQ(std::string(in.getPtr(), in.getEnd()), "bcde");
+    in.skip(4);
+    EXPECT_THROW(in.skip(1), EndOfStream);
+}
+
+TEST_F(FileStream, GivesWhatComesBeforeAReadError) {
+    FileInStream in(slowFile(EIO), true);
+    in.skip(5);
+    EXPECT_EQ(thrown([&] { in.skip(1); }),
+              systemFailure("reading from file failed", EIO, "Stdlib"));
+    EXPECT_EQ(in.pos(), 5);
 }
 
 TEST_F(FileStream, EndsAtOnceForAnEmptyFile) {
@@ -145,6 +199,18 @@ TEST_F(FileStream, GoesOnWithAnotherFile) {
     in.setFilePtr(std::fopen(a.c_str(), "r"), true);
     EXPECT_EQ(line(in), "first");
     EXPECT_EQ(in.pos(), 27);
+}
+
+TEST_F(FileStream, ReadsWhatIsBufferedBeforeTheNextFile) {
+    const std::string a = dir.write("a", "one\ntwo\n");
+    const std::string b = dir.write("b", "three\n");
+    FileInStream in(a.c_str(), false);
+    EXPECT_EQ(line(in), "one");
+    in.setFilePtr(std::fopen(b.c_str(), "r"), true);
+    EXPECT_EQ(in.pos(), 4);
+    EXPECT_EQ(line(in), "two");
+    EXPECT_EQ(line(in), "three");
+    EXPECT_EQ(in.pos(), 14);
 }
 
 TEST_F(FileStream, ReadsStandardInput) {

@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -152,6 +153,8 @@ TEST(InStreamRefill, FailsOnceTheBufferIsFullOfKeptBytes) {
     ScriptedInStream in({bytes("abcdef")}, true, 4);
     in.skip(4);
     EXPECT_EQ(thrownText([&] { in.skip(1); }), "InStream overrun: buffer size exceeded");
+    EXPECT_EQ(thrownText([&] { in.overrunOrRewind(false, 1); }),
+              "InStream overrun: buffer size exceeded");
     in.checkpoint();
     in.skip(2);
     EXPECT_EQ(in.pos(), 6);
@@ -199,6 +202,8 @@ TEST(InStreamReposition, ThrowsWhereItIsNotRewindable) {
     ScriptedInStream in({bytes("abc")}, false);
     in.skip(1);
     EXPECT_EQ(thrownText([&] { in.reposition(2); }), "Attempt to rewind a non-rewindable stream");
+    EXPECT_EQ(thrownText([&] { in.reposition(0); }), "Attempt to rewind a non-rewindable stream");
+    EXPECT_EQ(thrownText([&] { in.reposition(-1); }), "Can't reposition before checkpoint");
 }
 
 TEST(InStreamSetPtr, MovesForwardInTheBuffer) {
@@ -356,6 +361,14 @@ TEST(InStreamLongString, TakesItsLengthWithTheMostSignificantByteFirst) {
     EXPECT_EQ(std::strlen(read.get()), 0x010203U);
 }
 
+TEST(InStreamLongString, OfTheLargestLengthHasRoomForItsNulOrNone) {
+    if (sizeof(std::size_t) > sizeof(std::uint32_t))
+        GTEST_SKIP() << "only with 32 bits the two make 0";
+    ScriptedInStream in({bytes(withLongLength(UINT_MAX, "abc"))});
+    EXPECT_THROW(in.readLongString(UINT_MAX), std::bad_alloc);
+    EXPECT_EQ(in.rest(), "abc");
+}
+
 TEST(InStreamLongString, IsReadInPiecesOfASmallBuffer) {
     const std::string text = "The quick brown fox jumps over the lazy dog";
     ScriptedInStream in({bytes(withLongLength(std::uint32_t(text.size()), text))}, false, 5);
@@ -450,6 +463,16 @@ TEST_P(EitherInStream, SkipsWhatIsAvailable) {
     EXPECT_THROW(in.skipAvailBytes(1, true), BlockException);
     EXPECT_THROW(in.skipAvailBytes(1, false), EndOfStream);
     EXPECT_EQ(in.pos(), 5);
+}
+
+TEST_P(EitherInStream, RefillsOnceToSkipNothing) {
+    ScriptedInStream in = stream({bytes("abc"), noData});
+    EXPECT_EQ(in.skipAvailBytes(0, true), 0);
+    EXPECT_EQ(in.skipAvailBytes(-1, true), 0);
+    EXPECT_THAT(in.requests, ElementsAre(1));
+    EXPECT_EQ(in.rest(), "abc");
+    EXPECT_EQ(in.skipAvailBytes(9, true), 3);
+    EXPECT_THROW(in.skipAvailBytes(0, true), BlockException);
 }
 
 TEST_P(EitherInStream, SkipsNothingBackwards) {
