@@ -91,6 +91,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"PrecisionOfOneCutsIt", "%.1S", {"\xC3\xA9"}, ""},
         Row{"PrecisionRepairs", "%.5S", {"a\xFFz"}, "a\xEF\xBF\xBDz"},
         Row{"PrecisionLeavesNoRoomToRepair", "%.3S", {"a\xFFz"}, "a"},
+        Row{"PrecisionReplacesFullWidthSigns", "%.4S", {"\xEF\xBF\xA0z"}, "\xEF\xBF\xBDz"},
+        Row{"FullWidthSignsStayWithout", "%S", {"\xEF\xBF\xA0"}, "\xEF\xBF\xA0"},
         Row{"ManyArguments", "%9$D%8$S", {1, 2, 3, 4, 5, 6, 7, "h", 9}, "9h"}),
     nameOf);
 
@@ -104,6 +106,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"PositionTooLong", "%99999999999$S", {"a"}, "%%99999999999$S", true},
                     Row{"TwoPositions", "%1$2$S", {"a", "b"}, "%%1$2$S", true},
                     Row{"PositionWithoutDollar", "%1S", {"a"}, "%%1S", true},
+                    Row{"PositionBeforeNoDollar", "%1xS", {"a"}, "%%1xS", true},
                     Row{"PositionWithSign", "%++1$D", {1}, "%%++1$D", true},
                     Row{"PositionWithMinus", "%-1$D", {1}, "%%-1$D", true},
                     Row{"PositionWithBlank", "% 1$D", {1}, "%% 1$D", true},
@@ -127,6 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"PrecisionTooLarge", "%.2147483648S", {"a"}, "%%.2147483648S", true},
                     Row{"TwoPrecisions", "%.1.2S", {"abc"}, "%%.1.2S", true},
                     Row{"PrecisionOfNumber", "%.3D", {5}, "%%.3D", true},
+                    Row{"PrecisionOfUnsigned", "%.3D", {5U}, "%%.3D", true},
                     Row{"PrecisionOfHex", "%.3X", {5U}, "%%.3X", true},
                     Row{"PrecisionTakesThePositionsDigits", "%.31$S", {"abcd"}, "%%.31$S", true},
                     Row{"EndsBehindPercent", "a%", {1}, "a%%", true},

@@ -265,6 +265,19 @@ TEST_F(LocaleSetterTest, LStringCountsColumnsInTheProcessesLocale) {
     EXPECT_STREQ(wide.wordWrap(5, 0).get(), "日本\n日");
 }
 
+TEST_F(LocaleSetterTest, LStringCountsColumnsInTheEnclosingSettersLocale) {
+    const auto wrapped = [] {
+        loc::LString text;
+        text.append("日本 日");
+        return std::string(text.wordWrap(5, 0).get());
+    };
+    const LocaleSetter german("de_DE");
+    EXPECT_EQ(wrapped(), "日本\n日");
+    LocaleSetter::setProcessLocale(LocalesInForce::strings({"de_DE"}));
+    const LocaleSetter none("xx");
+    EXPECT_EQ(wrapped(), "日本 日");
+}
+
 TEST(LocaleSetterDeathTest, FailureWhileWrappingEndsTheProcess) {
     EXPECT_DEATH(
         {

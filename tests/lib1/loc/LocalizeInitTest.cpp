@@ -110,6 +110,14 @@ TEST_F(LocalizeInit, EmptyValueAndNoWordFromTheSystemIsEnglish) {
     EXPECT_EQ(usageLabel(), "Usage:");
 }
 
+TEST_F(LocalizeInit, ValueThatNamesNoLocaleIsNotAnEmptyOne) {
+    ::setenv("LANG", "de_DE.UTF-8", 1);
+    setLocale(":");
+    EXPECT_EQ(Localize::inst().getLocales(), "en_US");
+    const loc::LocaleSetter setter(nullptr);
+    EXPECT_STREQ(std::localeconv()->decimal_point, ".");
+}
+
 TEST_F(LocalizeInit, ValueIsTheSystemsLocaleOfTheProcess) {
     setLocale("xx:de_DE");
     EXPECT_STREQ(std::localeconv()->decimal_point, ".");

@@ -3,10 +3,13 @@
 #include <atomic>
 #include <csignal>
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <malloc.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -117,6 +120,32 @@ TEST(LocalizeDeathTest, OneIdIsNotReadBothWays) {
     LUMO_LOCALIZE("own_both");
     EXPECT_EXIT(LUMO_LOCALIZE_RAW("own_both"), testing::KilledBySignal(SIGABRT),
                 "Can't use same string as both raw and formatted - own_both");
+}
+
+// What a text is read for belongs to the text of one locale.
+TEST(Localize, OneIdMayBeReadBothWaysInTwoLanguages) {
+    Localize::inst().addString("p6", "own_ways", "sixth %%", "a file");
+    Localize::inst().addString("p7", "own_ways", "seventh %%", "a file");
+    const LocalesInForce sixth{"p6"};
+    EXPECT_STREQ(LUMO_LOCALIZE("own_ways"), "sixth %");
+    const LocalesInForce seventh{"p7"};
+    EXPECT_STREQ(LUMO_LOCALIZE_RAW("own_ways"), "seventh %%");
+}
+
+// As much memory as the program has allocated; 0 where a sanitizer allocates in its place.
+std::size_t allocated() {
+    const struct mallinfo2 info = ::mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+TEST(Localize, StaticIdsAreNotCopied) {
+    static char id[1 << 20] = "";
+    std::memset(id, 'x', sizeof id - 1);
+    const std::size_t before = allocated();
+    Localize::inst().addBuiltInString("p8", id, "text");
+    const LocalesInForce locales{"p8"};
+    EXPECT_LT(allocated(), before + sizeof id);
+    EXPECT_STREQ(LUMO_LOCALIZE(static_cast<const char*>(id)), "text");
 }
 
 TEST(Localize, NullMapIsTheCurrentOne) {
@@ -236,6 +265,9 @@ TEST(AddBuiltInStringDeathTest, BadUtf8IsFatal) {
                 testing::KilledBySignal(SIGABRT),
                 "Assertion 'isValidUtf8\\(str\\)' failed at .*Localize.cpp.*: "
                 "Bad UTF-8 in own_bad");
+    EXPECT_EXIT(Localize::inst().addBuiltInString("b1", "own_sign", "\xEF\xBF\xA0"),
+                testing::KilledBySignal(SIGABRT), "Bad UTF-8 in own_sign")
+        << "full-width signs are not taken";
 }
 
 // A text is looked up again and again by the same literal; each change shows at once.

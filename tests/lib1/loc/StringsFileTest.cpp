@@ -62,7 +62,7 @@ struct Row {
 class StringsFile : public testing::TestWithParam<Row> {
 protected:
     // The ids that any row defines; those that it does not list must be missing.
-    const std::vector<std::string> ids{"id",      "a",        "b",     "x",  "one two",
+    const std::vector<std::string> ids{"",        "id",       "a",     "b",  "x",  "one two",
                                        "q\"uote", "\xC3\xA4", "msgid", "ab", "id2"};
 };
 
@@ -134,6 +134,10 @@ INSTANTIATE_TEST_SUITE_P(
             "msgid\nmsgid\"id\"\nmsgid\t\"id\"\nx\n",
             {},
             {at(1, badCommand), at(2, badCommand), at(3, badCommand), at(4, badCommand)}},
+        Row{"NoBlankBeforeTheText",
+            "msgid \"id\"\nmsgstr\nmsgstr\"x\"\nmsgstr \"text\"\n",
+            {{"id", "text"}},
+            {at(2, badCommand), at(3, badCommand)}},
         Row{"OtherKeyword",
             "msgctxt \"x\"\nMSGID \"x\"\nmsgstr \"x\"\nmsgidx \"x\"\n",
             {},
@@ -340,6 +344,17 @@ TEST(LoadStringsFile, LogsWhatItCannotRead) {
                     0, "Localize",
                     "Error loading strings from " + path + " [" +
                         systemFailure("reading from file failed", EISDIR, "").substr(2) + "]"}));
+}
+
+TEST(LoadStringsFile, PassesOtherExceptionsOn) {
+    const LogSetting setting("Localize:strings:0");
+    const TempDir dir;
+    dir.write("strings.tt_OE.po", "msgid \"id\"\nmsgstr \"text\"\n\nbad\n");
+    recording.onWrite = [] { throw 1; };
+    EXPECT_THROW(loc::loadStringsFile(dir.get(), "tt_OE", &Localize::inst()), int);
+    recording.onWrite = nullptr;
+    EXPECT_EQ(recording.take().size(), 1U);
+    EXPECT_EQ(textsOf("tt_OE", {"id"}), (Texts{{"id", "text"}}));
 }
 
 TEST(LoadStringsFile, LogsWhatItCannotOpen) {

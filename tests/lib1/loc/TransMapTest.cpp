@@ -137,6 +137,14 @@ TEST(TransMap, LocaleWhoseFormIsAbsentIsPassedOver) {
     EXPECT_STREQ(textOf(locales.map.getPlural("own_cat", 7, 0, 9)), "%D chats");
 }
 
+TEST(TransMap, LocaleOfAnotherRuleFollowsOneThatLacksAForm) {
+    add("de_XX", "own_pear_zeromany", "%D Birnen");
+    add("ja", "own_pear_singplural", "one form");
+    const LocalesInForce locales{"de_XX", "ja"};
+    EXPECT_STREQ(textOf(locales.map.getPlural("own_pear", 5, 0, 9)), "one form");
+    EXPECT_STREQ(textOf(locales.map.getPlural("own_pear", 5, 2, 9)), "%D Birnen");
+}
+
 TEST(TransMap, BareStemIsNoForm) {
     add("q6", "own_stem", "never");
     const LocalesInForce locales{"q6"};
