@@ -2,40 +2,26 @@
 
 #include "plat/x86/HexAvx2.h"
 
-#include <immintrin.h>
+#include "plat/x86/Avx2Vector.h"
 
 namespace plat {
 
+using namespace avx2;
+
 namespace {
 
-constexpr std::size_t vectorSize = 32;
-
-#define AVX2 [[gnu::target("avx2"), gnu::always_inline]] inline
-
-AVX2 __m256i load(const void* p) noexcept {
-    return _mm256_loadu_si256(static_cast<const __m256i*>(p));
-}
-
-AVX2 void store(void* p, __m256i bytes) noexcept {
-    _mm256_storeu_si256(static_cast<__m256i*>(p), bytes);
-}
-
-AVX2 __m256i all(int byte) noexcept {
-    return _mm256_set1_epi8(char(byte));
-}
-
 /// The digits of 32 halves at once.
-AVX2 __m256i digits(__m256i halves) noexcept {
+LUMO_AVX2 __m256i digits(__m256i halves) noexcept {
     const __m128i table = _mm_setr_epi8('0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b',
                                         'c', 'd', 'e', 'f');
     return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(table), halves);
 }
 
 /// Writes the text of 32 bytes.
-AVX2 void writeHex(char* out, const unsigned char* from) noexcept {
+LUMO_AVX2 void writeHex(char* out, const unsigned char* from) noexcept {
     const __m256i bytes = load(from);
-    const __m256i high = digits(_mm256_and_si256(_mm256_srli_epi16(bytes, 4), all(0x0F)));
-    const __m256i low = digits(_mm256_and_si256(bytes, all(0x0F)));
+    const __m256i high = digits(highHalves(bytes));
+    const __m256i low = digits(lowHalves(bytes));
     // Of each 16 bytes, the first eight and the last eight.
     const __m256i first = _mm256_unpacklo_epi8(high, low);
     const __m256i last = _mm256_unpackhi_epi8(high, low);
@@ -44,7 +30,7 @@ AVX2 void writeHex(char* out, const unsigned char* from) noexcept {
 }
 
 /// The values of 32 digits at once, above 15 for a character that is none.
-AVX2 __m256i digitValues(__m256i text) noexcept {
+LUMO_AVX2 __m256i digitValues(__m256i text) noexcept {
     // With '9' as 255, what saturates below 240 is no number; one subtraction takes it above 15.
     const __m256i upToNine = _mm256_subs_epu8(_mm256_add_epi8(text, all(0xFF - '9')), all(6));
     const __m256i numbers = _mm256_sub_epi8(upToNine, all(0xF0));
@@ -53,7 +39,7 @@ AVX2 __m256i digitValues(__m256i text) noexcept {
 }
 
 /// Reads 32 bytes from 64 digits. Returns false if one is no digit.
-AVX2 bool readHex(const char* hex, unsigned char* out) noexcept {
+LUMO_AVX2 bool readHex(const char* hex, unsigned char* out) noexcept {
     const __m256i first = digitValues(load(hex));
     const __m256i last = digitValues(load(hex + vectorSize));
     const __m256i weights = _mm256_set1_epi16(0x0110); // 16 for the first digit, 1 for the second
@@ -69,7 +55,7 @@ AVX2 bool readHex(const char* hex, unsigned char* out) noexcept {
 [[gnu::target("avx2")]] std::size_t writeHexAvx2(char* out, const unsigned char* bytes,
                                                  std::size_t count) noexcept {
     std::size_t i = 0;
-    for (; count - i >= vectorSize; i += vectorSize)
+    for (; count - i >= std::size_t{vectorSize}; i += vectorSize)
         writeHex(out + 2 * i, bytes + i);
     return i;
 }
@@ -77,7 +63,7 @@ AVX2 bool readHex(const char* hex, unsigned char* out) noexcept {
 [[gnu::target("avx2")]] std::size_t readHexAvx2(const char* hex, unsigned char* out,
                                                 std::size_t count) noexcept {
     std::size_t i = 0;
-    while (count - i >= vectorSize && readHex(hex + 2 * i, out + i))
+    while (count - i >= std::size_t{vectorSize} && readHex(hex + 2 * i, out + i))
         i += vectorSize;
     return i;
 }

@@ -2,30 +2,22 @@
 
 #include "plat/x86/Latin1Avx2.h"
 
-#include <immintrin.h>
-
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "plat/Word.h"
+#include "plat/x86/Avx2Vector.h"
 
 namespace plat {
 
+using namespace avx2;
+
 namespace {
 
-constexpr std::ptrdiff_t vectorSize = 32;
 constexpr int wordSize = sizeof(std::uint64_t);
 
 #define AVX2 [[gnu::target("avx2,bmi2"), gnu::always_inline]] inline
-
-AVX2 __m256i load(const char* p) noexcept {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
-AVX2 __m256i all(int byte) noexcept {
-    return _mm256_set1_epi8(char(byte));
-}
 
 /// The bytes C2 and C3, which begin the characters U+0080 to U+00FF.
 AVX2 __m256i leads(__m256i bytes) noexcept {

@@ -2,8 +2,6 @@
 
 #include "plat/x86/Utf8Avx2.h"
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +9,7 @@
 
 #include "plat/Utf8Decode.h"
 #include "plat/Word.h"
+#include "plat/x86/Avx2Vector.h"
 
 // The rules of UTF-8 by table look-up: J. Keiser, D. Lemire, "Validating UTF-8 In Less Than One
 // Instruction Per Byte" (2021). Three tables, by the halves of a byte and of the one before, name
@@ -20,9 +19,10 @@
 
 namespace plat {
 
+using namespace avx2;
+
 namespace {
 
-constexpr std::ptrdiff_t vectorSize = 32;
 constexpr std::ptrdiff_t blockSize = 2 * vectorSize;
 constexpr std::ptrdiff_t lookBehind = 3;
 
@@ -79,36 +79,14 @@ constexpr Table secondByHighHalf = [] {
     return table;
 }();
 
-#define AVX2 [[gnu::target("avx2"), gnu::always_inline]] inline
-
-AVX2 __m256i load(const char* p) noexcept {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
-AVX2 void store(char* p, __m256i bytes) noexcept {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), bytes);
-}
-
-AVX2 __m256i all(int byte) noexcept {
-    return _mm256_set1_epi8(char(byte));
-}
-
-AVX2 __m256i lookUp(const Table& table, __m256i indices) noexcept {
+LUMO_AVX2 __m256i lookUp(const Table& table, __m256i indices) noexcept {
     const __m128i half = _mm_load_si128(reinterpret_cast<const __m128i*>(table.errors));
     return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(half), indices);
 }
 
-AVX2 __m256i highHalves(__m256i bytes) noexcept {
-    return _mm256_and_si256(_mm256_srli_epi16(bytes, 4), all(0x0F));
-}
-
-AVX2 __m256i lowHalves(__m256i bytes) noexcept {
-    return _mm256_and_si256(bytes, all(0x0F));
-}
-
 /// Zero where 32 bytes, seen with those one, two and three places before them, are UTF-8 beyond
 /// doubt.
-AVX2 __m256i doubts(__m256i byte, __m256i before1, __m256i before2, __m256i before3) noexcept {
+LUMO_AVX2 __m256i doubts(__m256i byte, __m256i before1, __m256i before2, __m256i before3) noexcept {
     const __m256i pairErrors =
         _mm256_and_si256(_mm256_and_si256(lookUp(firstByHighHalf, highHalves(before1)),
                                           lookUp(firstByLowHalf, lowHalves(before1))),
@@ -126,15 +104,15 @@ AVX2 __m256i doubts(__m256i byte, __m256i before1, __m256i before2, __m256i befo
     return _mm256_or_si256(errors, suspects);
 }
 
-AVX2 __m256i doubts(const char* p) noexcept {
+LUMO_AVX2 __m256i doubts(const char* p) noexcept {
     return doubts(load(p), load(p - 1), load(p - 2), load(p - 3));
 }
 
-AVX2 bool isZero(__m256i bytes) noexcept {
+LUMO_AVX2 bool isZero(__m256i bytes) noexcept {
     return _mm256_testz_si256(bytes, bytes) != 0;
 }
 
-AVX2 bool isPlain(__m256i first, __m256i second) noexcept {
+LUMO_AVX2 bool isPlain(__m256i first, __m256i second) noexcept {
     // As signed numbers, plain bytes are those above 0.
     const __m256i smallest = _mm256_min_epi8(first, second);
     return _mm256_movemask_epi8(_mm256_cmpgt_epi8(smallest, _mm256_setzero_si256())) == -1;
@@ -150,12 +128,12 @@ const char* unfinishedCharacter(const char* end) noexcept {
     return end;
 }
 
-AVX2 bool isPlainBlock(const char* p) noexcept {
+LUMO_AVX2 bool isPlainBlock(const char* p) noexcept {
     return isPlain(load(p), load(p + vectorSize));
 }
 
 /// Skips pairs of blocks of plain text.
-AVX2 const char* skipPlainPairs(const char* p, const char* end) noexcept {
+LUMO_AVX2 const char* skipPlainPairs(const char* p, const char* end) noexcept {
     while (end - p >= 2 * blockSize &&
            isPlain(_mm256_min_epi8(load(p), load(p + vectorSize)),
                    _mm256_min_epi8(load(p + 2 * vectorSize), load(p + 3 * vectorSize))))
@@ -163,13 +141,13 @@ AVX2 const char* skipPlainPairs(const char* p, const char* end) noexcept {
     return p;
 }
 
-AVX2 __m256i nuls(__m256i first, __m256i second) noexcept {
+LUMO_AVX2 __m256i nuls(__m256i first, __m256i second) noexcept {
     return _mm256_cmpeq_epi8(_mm256_min_epu8(first, second), _mm256_setzero_si256());
 }
 
 /// Tells whether 64 bytes are UTF-8 beyond doubt, as far as it can be seen without those behind
 /// them.
-AVX2 bool isValidBlock(const char* p) noexcept {
+LUMO_AVX2 bool isValidBlock(const char* p) noexcept {
     const __m256i first = load(p);
     const __m256i second = load(p + vectorSize);
     const __m256i allDoubts = _mm256_or_si256(doubts(p), doubts(p + vectorSize));
@@ -178,7 +156,7 @@ AVX2 bool isValidBlock(const char* p) noexcept {
 
 /// A text of 8 to 32 bytes, with blanks behind it. It goes through registers: a vector cannot be
 /// read from memory at once where it was just written in pieces.
-AVX2 __m256i loadShort(const char* begin, std::ptrdiff_t count) noexcept {
+LUMO_AVX2 __m256i loadShort(const char* begin, std::ptrdiff_t count) noexcept {
     constexpr std::ptrdiff_t wordSize = sizeof(std::uint64_t);
     constexpr std::uint64_t blanks = eachByte<std::uint64_t>(' ');
     std::uint64_t words[4];
@@ -193,7 +171,7 @@ AVX2 __m256i loadShort(const char* begin, std::ptrdiff_t count) noexcept {
                              std::int64_t(words[0]));
 }
 
-AVX2 bool isValidShort(const char* begin, std::ptrdiff_t count) noexcept {
+LUMO_AVX2 bool isValidShort(const char* begin, std::ptrdiff_t count) noexcept {
     const __m256i bytes = loadShort(begin, count);
     const __m256i shifted = _mm256_permute2x128_si256(all(' '), bytes, 0x21);
     const __m256i allDoubts =
@@ -204,7 +182,7 @@ AVX2 bool isValidShort(const char* begin, std::ptrdiff_t count) noexcept {
 }
 
 /// Tells whether a text is valid that is too short for blocks in its place: copied among blanks.
-AVX2 bool isValidCopied(const char* begin, std::ptrdiff_t count) noexcept {
+LUMO_AVX2 bool isValidCopied(const char* begin, std::ptrdiff_t count) noexcept {
     char copy[vectorSize + 3 * vectorSize];
     char* const text = copy + vectorSize;
     for (std::ptrdiff_t i = 0; i < 4 * vectorSize; i += vectorSize)
