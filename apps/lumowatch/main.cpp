@@ -104,8 +104,9 @@ int run() {
 } // namespace
 
 int main(int argc, char** argv) {
-    initTexts();
+    // Errors are told from here on, those in the files of texts too.
     plat::logParam.setParam(errorsOnly, plat::ConfigParameter::defaultPriority);
+    initTexts();
     try {
         if (argc > 0)
             plat::Configuration::global()->processParamArgs(const_cast<const char**>(argv + 1),

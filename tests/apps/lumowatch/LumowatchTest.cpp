@@ -30,12 +30,12 @@ constexpr int patienceMillis = 20'000;
 /// A running lumowatch whose output is read as it comes.
 class Program {
 public:
-    explicit Program(std::vector<std::string> arguments) {
+    explicit Program(std::vector<std::string> arguments, const char* path = LUMOWATCH) {
         int out[2];
         int err[2];
         if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0)
             std::abort();
-        std::vector<char*> words{const_cast<char*>(LUMOWATCH)};
+        std::vector<char*> words{const_cast<char*>(path)};
         for (std::string& argument : arguments)
             words.push_back(argument.data());
         words.push_back(nullptr);
@@ -44,7 +44,7 @@ public:
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             dup2(out[1], STDOUT_FILENO);
             dup2(err[1], STDERR_FILENO);
-            execv(LUMOWATCH, words.data());
+            execv(path, words.data());
             _exit(127);
         }
         close(out[1]);
@@ -182,6 +182,53 @@ TEST(Lumowatch, TheLanguageOfLangIsSpoken) {
     setenv("LANGUAGE", "en_US", 1);
     unsetenv("LANG");
     EXPECT_TRUE(holds(program.output, "Syntaxe :")) << program.output;
+}
+
+/// The program, its libraries and its texts at another place, in French with these.
+class Installed {
+public:
+    explicit Installed(const std::string& french) {
+        const auto built = std::filesystem::path(LUMOWATCH).parent_path();
+        std::filesystem::create_directory(folder);
+        std::filesystem::copy(built / "strings", folder / "strings");
+        for (const auto& file : std::filesystem::directory_iterator(built)) {
+            const std::string name = file.path().filename();
+            if (name == "lumowatch" || name.starts_with("liblumo"))
+                std::filesystem::copy(file.path(), folder / name);
+        }
+        std::ofstream(textsPath()) << french;
+    }
+    Installed(const Installed&) = delete;
+    Installed& operator=(const Installed&) = delete;
+    ~Installed() { std::filesystem::remove_all(folder); }
+
+    std::string programPath() const { return folder / "lumowatch"; }
+    std::string textsPath() const { return folder / "strings" / "strings.fr.po"; }
+
+private:
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("lumowatch-" + std::to_string(getpid()));
+};
+
+TEST(Lumowatch, ABrokenFileOfTextsIsToldLineByLineAndTheRestIsSpoken) {
+    const Installed installed("msgid \"lumowatch_exit_codes\"\n"
+                              "msgstr \"no end\n"
+                              "\n"
+                              "msgid \"plat_usage_label\"\n"
+                              "msgstr \"Mode d’emploi :\"\n"
+                              "\n"
+                              "msgctxt \"nobody\"\n"
+                              "msgid \"lumowatch_purpose\"\n"
+                              "msgstr \"Regarde un écran.\"\n");
+    setenv("LANGUAGE", "fr", 1);
+    const std::string path = installed.programPath();
+    Program program({"-help"}, path.c_str());
+    EXPECT_EQ(program.finish(), 0);
+    setenv("LANGUAGE", "en_US", 1);
+    EXPECT_TRUE(holds(program.output, "Mode d’emploi : lumowatch")) << program.output;
+    EXPECT_TRUE(holds(program.output, "Regarde un écran.")) << program.output;
+    const std::string place = "Localize: " + installed.textsPath() + ":";
+    EXPECT_EQ(program.errors, place + "2 Missing terminator\n" + place + "7 Expected msgid\n");
 }
 
 TEST(Lumowatch, BadArgumentsExitWithOne) {
