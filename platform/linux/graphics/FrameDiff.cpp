@@ -10,17 +10,14 @@ namespace {
 
 constexpr int bandRows = 16;
 
-/// The part of one row that differs.
-PixelRect differenceOfRow(const Surface& before, const Surface& after, int y) {
+/// The part of one row, from `left` to `right`, that differs.
+PixelRect differenceOfRow(const Surface& before, const Surface& after, int y, int left, int right) {
     const std::uint32_t* a = before.row(y);
     const std::uint32_t* b = after.row(y);
-    const int width = before.width();
-    if (std::memcmp(a, b, before.strideBytes()) == 0)
+    if (std::memcmp(a + left, b + left, static_cast<std::size_t>(right - left) * 4) == 0)
         return {};
-    int left = 0;
     while (a[left] == b[left])
         ++left;
-    int right = width;
     while (a[right - 1] == b[right - 1])
         --right;
     return {left, y, right, y + 1};
@@ -28,15 +25,18 @@ PixelRect differenceOfRow(const Surface& before, const Surface& after, int y) {
 
 } // namespace
 
-std::vector<PixelRect> differences(const Surface& before, const Surface& after) {
+std::vector<PixelRect> differences(const Surface& before, const Surface& after,
+                                   std::span<const PixelRect> area) {
     std::vector<PixelRect> bands;
-    for (int top = 0; top < before.height(); top += bandRows) {
-        PixelRect band;
-        const int bottom = std::min(top + bandRows, before.height());
-        for (int y = top; y < bottom; ++y)
-            band = band.boundingWith(differenceOfRow(before, after, y));
-        if (!band.isEmpty())
-            bands.push_back(band);
+    for (const PixelRect& rect : area) {
+        for (int top = rect.top; top < rect.bottom; top += bandRows) {
+            PixelRect band;
+            const int bottom = std::min(top + bandRows, rect.bottom);
+            for (int y = top; y < bottom; ++y)
+                band = band.boundingWith(differenceOfRow(before, after, y, rect.left, rect.right));
+            if (!band.isEmpty())
+                bands.push_back(band);
+        }
     }
     return coalesce(bands);
 }

@@ -272,6 +272,7 @@ Frame* ScreenWatch::finishFrame() {
         return nullptr;
     }
     failures = 0;
+    tellWhatIsNewer(frame);
     frame.missed.clear();
     const FramePacer::Micros now = g_get_monotonic_time();
     const bool isNews = hasNews(frame);
@@ -284,12 +285,23 @@ Frame* ScreenWatch::finishFrame() {
     return isNews ? &frame : nullptr;
 }
 
+// A frame is also brought up to date where damage was told long ago, and pixels may be newer than
+// the damage that was taken. What differs there is told as well: whoever copies what is told, and
+// nothing else, has the frame, and the source of what moved.
+void ScreenWatch::tellWhatIsNewer(Frame& frame) {
+    if (damage == nullptr || shown == nullptr || shown == &frame)
+        return;
+    const Region updated = Region(frame.missed.rectangles()).minus(Region(changed.rectangles()));
+    addDamage(differences(*shown->surface, *frame.surface, updated.rectangles()));
+}
+
 bool ScreenWatch::hasNews(const Frame& frame) {
     if (damage == nullptr && changed.isEmpty()) {
+        const PixelRect all[] = {whole()};
         if (shown == &frame)
-            changed.add(whole()); // nothing is left to compare with
+            changed.add(all); // nothing is left to compare with
         else
-            changed.add(differences(*shown->surface, *frame.surface));
+            changed.add(differences(*shown->surface, *frame.surface, all));
     }
     return !changed.isEmpty();
 }

@@ -81,6 +81,7 @@ private:
     bool pollReply();
     void onTaken(const xcb_xfixes_fetch_region_reply_t* answer);
     Frame* finishFrame();
+    void tellWhatIsNewer(Frame& frame);
     bool hasNews(const Frame& frame);
     void addDamage(std::span<const PixelRect> rects);
     void damageAll();

@@ -13,9 +13,7 @@ namespace {
 using Rects = std::vector<PixelRect>;
 
 std::uint32_t& pixelAt(const Surface& surface, int x, int y) {
-    auto* row = reinterpret_cast<std::uint32_t*>(surface.pixels() + static_cast<std::size_t>(y) *
-                                                                        surface.strideBytes());
-    return row[x];
+    return surface.row(y)[x];
 }
 
 /// Two frames of the same size and of the same noise.
@@ -32,7 +30,10 @@ struct Frames {
     }
 
     void change(int x, int y) { pixelAt(*after, x, y) ^= 1; }
-    Rects found() const { return differences(*before, *after); }
+    Rects foundIn(const Rects& area) const { return differences(*before, *after, area); }
+    Rects found() const {
+        return foundIn({PixelRect::ofSize(0, 0, before->width(), before->height())});
+    }
 
     Ref<Surface> before;
     Ref<Surface> after;
@@ -93,6 +94,17 @@ TEST(FrameDiff, WholeFrameIsOneRectangle) {
             frames.change(x, y);
     }
     EXPECT_EQ(frames.found(), (Rects{{0, 0, 70, 61}}));
+}
+
+TEST(FrameDiff, LooksOnlyWhereItIsToldTo) {
+    Frames frames(60, 60);
+    frames.change(10, 10);
+    frames.change(30, 30);
+    frames.change(50, 50);
+    EXPECT_TRUE(frames.foundIn({}).empty());
+    EXPECT_TRUE(frames.foundIn({{0, 0, 60, 10}, {0, 10, 10, 60}, {11, 10, 30, 60}}).empty());
+    EXPECT_EQ(frames.foundIn({{10, 10, 11, 11}, {25, 20, 60, 40}}),
+              (Rects{{10, 10, 11, 11}, {30, 30, 31, 31}}));
 }
 
 TEST(FrameDiff, HoldsEveryPixelThatDiffersWithFewRectangles) {

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <random>
+#include <string>
 #include <vector>
 
 namespace platform::x11 {
@@ -200,6 +202,50 @@ TEST_F(ScreenWatchTest, ReadsAtIntervalsWhereNoDamageIsReported) {
         told = told.boundingWith(rect);
     EXPECT_EQ(told, PixelRect::ofSize(30, 40, 16, 16));
 }
+
+/// A host that copies what it is told, and nothing else, has the frame: also where it was drawn
+/// while the frame was read.
+class DrawnMeanwhile : public ScreenWatchTest,
+                       public testing::WithParamInterface<std::vector<std::string>> {};
+
+TEST_P(DrawnMeanwhile, TheFrameHoldsNothingThatIsNotTold) {
+    const support::XServer server(screen(24, GetParam()));
+    support::Painter painter(server.display());
+    const auto watch = open(server, sink);
+    ASSERT_NE(watch, nullptr);
+    Picture copied(width, height);
+    sink.onEach = [&] {
+        for (const PixelRect& rect : sink.lastDirty) {
+            for (int y = rect.top; y < rect.bottom; ++y) {
+                for (int x = rect.left; x < rect.right; ++x)
+                    copied.at(x, y) = sink.picture.at(x, y);
+            }
+        }
+        ASSERT_EQ(copied, sink.picture) << "frame " << sink.frames;
+    };
+    watch->attach(nullptr);
+    std::mt19937 random(3);
+    const auto upTo = [&](unsigned last) { return static_cast<int>(random() % (last + 1)); };
+    for (int i = 0; i < 1000 && !HasFatalFailure(); ++i) {
+        painter.fill(40 * upTo(4), 30 * upTo(4), 20, 20, random() & 0xffffff);
+        ASSERT_TRUE(painter.sync());
+        g_main_context_iteration(nullptr, FALSE);
+    }
+    ASSERT_TRUE(serveMainLoopUntil([&] { return sink.picture == server.frameBuffer(); }));
+    EXPECT_GT(sink.frames, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, DrawnMeanwhile,
+                         testing::Values(std::vector<std::string>{},
+                                         std::vector<std::string>{"RENDER"},
+                                         std::vector<std::string>{"MIT-SHM"},
+                                         std::vector<std::string>{"DAMAGE"}),
+                         [](const auto& row) {
+                             const auto& lacks = row.param;
+                             std::string name = lacks.empty() ? "Full" : "Without" + lacks.front();
+                             std::erase(name, '-');
+                             return name;
+                         });
 
 TEST_F(ScreenWatchTest, RefusesAPalette) {
     const support::XServer server(screen(8));
