@@ -266,6 +266,8 @@ Frame* ScreenWatch::finishFrame() {
     isBusy = false;
     Frame& frame = *request.frame;
     if (request.hasFailed || geometry.isAsking()) {
+        if (shown == &frame)
+            shown = nullptr; // it no longer shows what was handed on
         if (!geometry.isAsking())
             ++failures;
         pacer.onChange();
@@ -289,16 +291,19 @@ Frame* ScreenWatch::finishFrame() {
 // the damage that was taken. What differs there is told as well: whoever copies what is told, and
 // nothing else, has the frame, and the source of what moved.
 void ScreenWatch::tellWhatIsNewer(Frame& frame) {
-    if (damage == nullptr || shown == nullptr || shown == &frame)
+    if (damage == nullptr || shown == &frame)
         return;
     const Region updated = Region(frame.missed.rectangles()).minus(Region(changed.rectangles()));
-    addDamage(differences(*shown->surface, *frame.surface, updated.rectangles()));
+    if (shown == nullptr)
+        addDamage(updated.rectangles());
+    else
+        addDamage(differences(*shown->surface, *frame.surface, updated.rectangles()));
 }
 
 bool ScreenWatch::hasNews(const Frame& frame) {
     if (damage == nullptr && changed.isEmpty()) {
         const PixelRect all[] = {whole()};
-        if (shown == &frame)
+        if (shown == nullptr || shown == &frame)
             changed.add(all); // nothing is left to compare with
         else
             changed.add(differences(*shown->surface, *frame.surface, all));

@@ -111,7 +111,7 @@ private:
     Viewport viewport;
 
     DamageList changed;           ///< since the last frame that went out
-    const Frame* shown = nullptr; ///< the last one that went out
+    const Frame* shown = nullptr; ///< the last one that went out, while it holds what it held then
     Request request;
     bool isBusy = false; ///< the request is under way
     int failures = 0;    ///< one after the other
