@@ -13,6 +13,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace platform::x11 {
@@ -63,6 +64,15 @@ protected:
                                  sink);
     }
 
+    /// A watch that has handed its first frame on; null if it does not.
+    std::unique_ptr<ScreenWatch> startedOn(const support::XServer& server, int frames = 3) {
+        auto watch = open(server, sink, frames);
+        if (watch == nullptr)
+            return nullptr;
+        watch->attach(nullptr);
+        return serveMainLoopUntil([this] { return sink.frames > 0; }) ? std::move(watch) : nullptr;
+    }
+
     Sink sink;
 };
 
@@ -81,10 +91,8 @@ TEST_F(ScreenWatchTest, HandsTheWholeScreenOnAtFirst) {
 TEST_F(ScreenWatchTest, TellsWhatChangedWithItsPixels) {
     const support::XServer server(screen());
     support::Painter painter(server.display());
-    const auto watch = open(server, sink);
+    const auto watch = startedOn(server);
     ASSERT_NE(watch, nullptr);
-    watch->attach(nullptr);
-    ASSERT_TRUE(serveMainLoopUntil([this] { return sink.frames > 0; }));
     for (int i = 0; i < 10; ++i) {
         const int before = sink.frames;
         painter.fill(5 + i, 7, 20, 10, 0x102030U * static_cast<unsigned>(i + 1));
@@ -98,10 +106,8 @@ TEST_F(ScreenWatchTest, TellsWhatChangedWithItsPixels) {
 TEST_F(ScreenWatchTest, NeverWritesASurfaceThatSomebodyUses) {
     const support::XServer server(screen());
     support::Painter painter(server.display());
-    const auto watch = open(server, sink, 2);
+    const auto watch = startedOn(server, 2);
     ASSERT_NE(watch, nullptr);
-    watch->attach(nullptr);
-    ASSERT_TRUE(serveMainLoopUntil([this] { return sink.frames > 0; }));
     const Ref<Surface> held = sink.lastSurface;
     held->incrementUseCount();
     const Picture before = sink.picture;
@@ -146,10 +152,8 @@ TEST_F(ScreenWatchTest, WaitsForASurfaceWhenAllAreInUse) {
 TEST_F(ScreenWatchTest, SaysOnceThatTheServerIsGone) {
     support::XServer server(screen());
     const support::LogCapture log("ScreenWatch");
-    const auto watch = open(server, sink);
+    const auto watch = startedOn(server);
     ASSERT_NE(watch, nullptr);
-    watch->attach(nullptr);
-    ASSERT_TRUE(serveMainLoopUntil([this] { return sink.frames > 0; }));
     server.kill();
     ASSERT_TRUE(serveMainLoopUntil([this] { return sink.ends > 0; }));
     serveWhatIsThere();
@@ -160,10 +164,8 @@ TEST_F(ScreenWatchTest, SaysOnceThatTheServerIsGone) {
 TEST_F(ScreenWatchTest, IsSilentOnceDetached) {
     const support::XServer server(screen());
     support::Painter painter(server.display());
-    const auto watch = open(server, sink);
+    const auto watch = startedOn(server);
     ASSERT_NE(watch, nullptr);
-    watch->attach(nullptr);
-    ASSERT_TRUE(serveMainLoopUntil([this] { return sink.frames > 0; }));
     watch->detach();
     const int before = sink.frames;
     painter.fill(0, 0, 10, 10, 0x445566);
